@@ -1,0 +1,11 @@
+#pragma once
+
+/// Everything a caller of kvx::zelvo needs.
+
+#include <kvx/dense_array.h>
+#include <kvx/element_type.h>
+#include <kvx/fixed_size.h>
+#include <kvx/lapack.h>
+#include <kvx/ref_counted.h>
+#include <kvx/zelvo/bounding_box.h>
+#include <kvx/zelvo/node_indices.h>
