@@ -8,4 +8,6 @@
 #include <kvx/lapack.h>
 #include <kvx/ref_counted.h>
 #include <kvx/zelvo/bounding_box.h>
+#include <kvx/zelvo/node_detector.h>
 #include <kvx/zelvo/node_indices.h>
+#include <kvx/zelvo/node_merging.h>

@@ -1,0 +1,170 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+namespace kvx::zelvo {
+
+/// What a point may be in a pair, as bits. A pair is made of a survivor and an absorbable point.
+enum pair_role : std::uint8_t { neither = 0, absorbable = 1, survivor = 2, both = 3 };
+
+constexpr bool may_pair(std::uint8_t a, std::uint8_t b) {
+    return ((a & survivor) != 0 && (b & absorbable) != 0) ||
+           ((a & absorbable) != 0 && (b & survivor) != 0);
+}
+
+/// A point to be paired, with the caller's number for it.
+template <unsigned Dim>
+struct numbered_point {
+    std::array<double, Dim> x;
+    unsigned int id;
+    pair_role role;
+};
+
+/// Euclidean distance exactly as callers may compute it: square root of the plain sum of squares.
+template <unsigned Dim>
+double distance(const double* a, const double* b) {
+    double sum = 0;
+    for (unsigned i = 0; i < Dim; ++i)
+        sum += (a[i] - b[i]) * (a[i] - b[i]);
+    return std::sqrt(sum);
+}
+
+/// All pairs of a survivor and an absorbable point within a radius, by a balanced k-d tree that is
+/// joined with itself. The points are reordered; node k of the tree has the children 2k and 2k + 1
+/// and covers a run of points that follows from k alone, so the tree is nothing but its boxes. None
+/// of the coordinates may be NaN.
+template <unsigned Dim>
+class close_pairs {
+public:
+    explicit close_pairs(std::vector<numbered_point<Dim>>& points)
+        : points_(points)
+        , depth_(static_cast<unsigned>(std::bit_width(points.size() / leaf_size)))
+        , boxes_(std::size_t{2} << depth_) {
+        if (!points.empty()) build(1, 0, 0);
+    }
+
+    /// Calls visit(p, q) once for every two points that may pair with a distance of at most
+    /// `radius` (and for some beyond, where rounding leaves it open); stops and returns false when
+    /// visit does.
+    template <class Visit>
+    bool each_within(double radius, Visit&& visit) const {
+        // Wider than any rounding of the differences and of the caller's own distance, which is 0
+        // for differences whose squares underflow.
+        const double reach = radius * (1 + 1e-9) + 1e-160;
+        return points_.empty() || join_self(1, 0, 0, reach, visit);
+    }
+
+private:
+    static constexpr std::size_t leaf_size = 8;
+
+    struct box {
+        std::array<double, Dim> min;
+        std::array<double, Dim> max;
+        std::uint8_t roles;
+    };
+
+    /// First point of run `place` of the 2^level runs of a level.
+    std::size_t start(unsigned level, std::size_t place) const {
+        return static_cast<std::size_t>((static_cast<unsigned __int128>(points_.size()) * place) >>
+                                        level);
+    }
+
+    // Recursion is as deep as the tree, at most 32 levels: points have 32-bit numbers.
+    void build(std::size_t node, unsigned level, std::size_t place) {
+        const auto first = points_.begin() + static_cast<std::ptrdiff_t>(start(level, place));
+        const auto last = points_.begin() + static_cast<std::ptrdiff_t>(start(level, place + 1));
+        box& b = boxes_[node];
+        b = {first->x, first->x, neither};
+        for (auto p = first; p != last; ++p) {
+            b.roles |= p->role;
+            for (unsigned i = 0; i < Dim; ++i) {
+                b.min[i] = std::min(b.min[i], p->x[i]);
+                b.max[i] = std::max(b.max[i], p->x[i]);
+            }
+        }
+        if (level == depth_) return;
+        unsigned widest = 0;
+        for (unsigned i = 1; i < Dim; ++i) {
+            if (b.max[i] - b.min[i] > b.max[widest] - b.min[widest]) widest = i;
+        }
+        const auto middle =
+            points_.begin() + static_cast<std::ptrdiff_t>(start(level + 1, 2 * place + 1));
+        std::nth_element(first, middle, last, [widest](const auto& p, const auto& q) {
+            return p.x[widest] < q.x[widest];
+        });
+        build(2 * node, level + 1, 2 * place);
+        build(2 * node + 1, level + 1, 2 * place + 1);
+    }
+
+    bool apart(std::size_t a, std::size_t b, double reach) const {
+        if (!may_pair(boxes_[a].roles, boxes_[b].roles)) return true;
+        for (unsigned i = 0; i < Dim; ++i) {
+            if (boxes_[a].min[i] - boxes_[b].max[i] > reach ||
+                boxes_[b].min[i] - boxes_[a].max[i] > reach)
+                return true;
+        }
+        return false;
+    }
+
+    template <class Visit>
+    bool join_self(std::size_t node, unsigned level, std::size_t place, double reach,
+                   Visit&& visit) const {
+        if (!may_pair(boxes_[node].roles, boxes_[node].roles)) return true;
+        if (level < depth_) {
+            return join_self(2 * node, level + 1, 2 * place, reach, visit) &&
+                   join_self(2 * node + 1, level + 1, 2 * place + 1, reach, visit) &&
+                   join(2 * node, 2 * place, 2 * node + 1, 2 * place + 1, level + 1, reach, visit);
+        }
+        const std::size_t last = start(level, place + 1);
+        for (std::size_t p = start(level, place); p < last; ++p) {
+            for (std::size_t q = p + 1; q < last; ++q) {
+                if (near(points_[p], points_[q], reach) && !visit(points_[p], points_[q]))
+                    return false;
+            }
+        }
+        return true;
+    }
+
+    template <class Visit>
+    bool join(std::size_t a, std::size_t place_a, std::size_t b, std::size_t place_b,
+              unsigned level, double reach, Visit&& visit) const {
+        if (apart(a, b, reach)) return true;
+        if (level < depth_) {
+            for (unsigned i = 0; i < 2; ++i) {
+                for (unsigned j = 0; j < 2; ++j) {
+                    if (!join(2 * a + i, 2 * place_a + i, 2 * b + j, 2 * place_b + j, level + 1,
+                              reach, visit))
+                        return false;
+                }
+            }
+            return true;
+        }
+        const std::size_t last_a = start(level, place_a + 1);
+        const std::size_t last_b = start(level, place_b + 1);
+        for (std::size_t p = start(level, place_a); p < last_a; ++p) {
+            for (std::size_t q = start(level, place_b); q < last_b; ++q) {
+                if (near(points_[p], points_[q], reach) && !visit(points_[p], points_[q]))
+                    return false;
+            }
+        }
+        return true;
+    }
+
+    static bool near(const numbered_point<Dim>& p, const numbered_point<Dim>& q, double reach) {
+        bool within = may_pair(p.role, q.role);
+        for (unsigned i = 0; i < Dim; ++i)
+            within &= !(std::abs(p.x[i] - q.x[i]) > reach);
+        return within;
+    }
+
+    std::vector<numbered_point<Dim>>& points_;
+    unsigned depth_;
+    std::vector<box> boxes_;
+};
+
+} // namespace kvx::zelvo

@@ -1,0 +1,557 @@
+#include <kvx/zelvo/node_merging.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include <kvx/zelvo/node_indices.h>
+
+#include "foundation/hashing.h"
+#include "foundation/matrix_range.h"
+#include "foundation/memory_guard.h"
+#include "indices/index_collection.h"
+#include "search/close_pairs.h"
+
+namespace kvx::zelvo {
+
+namespace {
+
+constexpr double default_tolerance = 1e-6;
+
+/// Pairs held at a time, per node.
+constexpr std::uint64_t pairs_per_node = 4;
+
+/// Two nodes that may be joined; the collector that made the pair knows what the numbers stand for.
+struct merge_pair {
+    double distance;
+    unsigned int survivor;
+    unsigned int absorbed;
+};
+
+/// Half-open range of turns.
+struct turn_range {
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+
+    bool contains(std::uint64_t turn) const { return turn >= first && turn < last; }
+    bool operator==(const turn_range&) const = default;
+};
+
+/// Pairs with above < distance <= up_to whose turns lie in a range, at most `room` of them. Pairs
+/// act by distance, then by turn, so a band may be narrowed in turns only when it holds a single
+/// distance.
+class pair_band {
+public:
+    pair_band(double tol, std::uint64_t turn_count, std::uint64_t room)
+        : tol_(tol)
+        , turn_count_(turn_count)
+        , room_(room)
+        , up_to_(tol)
+        , turns_{0, turn_count} {}
+
+    double up_to() const { return up_to_; }
+    turn_range turns() const { return turns_; }
+    std::vector<merge_pair>& pairs() { return pairs_; }
+    bool holds(double d) const { return d <= up_to_ && d > above_; }
+
+    /// False when there is no room left.
+    bool push(const merge_pair& pair) {
+        if (pairs_.size() == room_) return false;
+        if (pairs_.size() == pairs_.capacity())
+            pairs_.reserve(std::min<std::uint64_t>(room_, 2 * pairs_.size() + 64));
+        pairs_.push_back(pair);
+        return true;
+    }
+
+    /// Halves the band, or doubles the room of one that cannot be halved.
+    void narrow() {
+        pairs_.clear();
+        const std::int64_t below = place(above_);
+        const std::int64_t here = place(up_to_);
+        if (here - below > 1) {
+            up_to_ = std::bit_cast<double>(below + (here - below) / 2);
+        } else if (turns_.last - turns_.first > 1) {
+            turns_.last = turns_.first + (turns_.last - turns_.first) / 2;
+        } else {
+            room_ *= 2;
+        }
+    }
+
+    /// Goes on to the pairs behind this band; false behind the tolerance.
+    bool advance() {
+        pairs_.clear();
+        if (turns_.last < turn_count_) {
+            turns_ = {turns_.last, turn_count_};
+            return true;
+        }
+        turns_ = {0, turn_count_};
+        if (up_to_ >= tol_) return false;
+        above_ = up_to_;
+        up_to_ = tol_;
+        return true;
+    }
+
+private:
+    /// Number of a distance among all doubles from 0 up; -1 for below 0.
+    static std::int64_t place(double d) { return d < 0 ? -1 : std::bit_cast<std::int64_t>(d); }
+
+    double tol_;
+    std::uint64_t turn_count_;
+    std::uint64_t room_;
+    double above_ = -1;
+    double up_to_;
+    turn_range turns_;
+    std::vector<merge_pair> pairs_;
+};
+
+/// Renumbering in the making: an entry that is its own index has not been absorbed.
+bool stays(const dense1D<unsigned int>& new_IDs, unsigned int node) {
+    return new_IDs[node] == node;
+}
+
+dense1D<unsigned int> identity(std::uint64_t n) {
+    dense1D<unsigned int> map(n);
+    std::iota(map.begin(), map.end(), 0u);
+    return map;
+}
+
+/// Points every absorbed node at the node that stays in the end.
+void resolve_chains(dense1D<unsigned int>& new_IDs) {
+    for (std::uint64_t k = 0; k < new_IDs.size(); ++k) {
+        unsigned int last = new_IDs[k];
+        while (!stays(new_IDs, last))
+            last = new_IDs[last];
+        for (unsigned int i = static_cast<unsigned int>(k); i != last;)
+            i = std::exchange(new_IDs[i], last);
+    }
+}
+
+/// Whether q lies in the closed box p +/- tol.
+template <unsigned Dim>
+bool in_box(const double* p, const double* q, double tol) {
+    bool inside = true;
+    for (unsigned i = 0; i < Dim; ++i)
+        inside &= p[i] - tol <= q[i] && q[i] <= p[i] + tol;
+    return inside;
+}
+
+/// Joins pairs nearest first, with the result of sorting all pairs up to the tolerance at once.
+///
+/// Nodes that both stay after all pairs up to some distance lie further apart than that, so the
+/// pairs at a slightly larger distance are few, whatever the tolerance. Hence the pairs are taken
+/// in bands with limited room. Pairs of nodes that were absorbed before a band began could not act
+/// and are not made.
+///
+/// Collector: turns() tells how many turns there are; collect(band, new_IDs) fills the band, false
+/// when the room does not do; sort(pairs) puts them in the order in which they act; node(number)
+/// tells their nodes; drop_absorbed(new_IDs) is called when nodes have been absorbed.
+template <class Collector>
+std::uint64_t join_nearest_first(Collector& collector, double tol, std::uint64_t nodes,
+                                 dense1D<unsigned int>& new_IDs) {
+    std::uint64_t joined = 0;
+    pair_band band(tol, collector.turns(), pairs_per_node * nodes + 64);
+    do {
+        while (!collector.collect(band, new_IDs))
+            band.narrow();
+        collector.sort(band.pairs());
+        const std::uint64_t joined_before = joined;
+        for (const merge_pair& pair : band.pairs()) {
+            const unsigned int by = collector.node(pair.survivor);
+            const unsigned int absorbed = collector.node(pair.absorbed);
+            if (!stays(new_IDs, by) || !stays(new_IDs, absorbed)) continue;
+            new_IDs[absorbed] = by;
+            ++joined;
+        }
+        if (joined > joined_before) collector.drop_absorbed(new_IDs);
+    } while (band.advance());
+    return joined;
+}
+
+/// Pairs of listed nodes. Nodes are numbered by their turn: survivors in list order first.
+template <unsigned Dim>
+class list_pairs {
+public:
+    list_pairs(const dense2D<double>& pos, std::vector<unsigned int>&& nodes,
+               const std::vector<pair_role>& roles, double tol)
+        : nodes_(std::move(nodes))
+        , roles_(roles)
+        , tol_(tol)
+        , points_(nodes_.size()) {
+        for (std::size_t k = 0; k < nodes_.size(); ++k) {
+            std::copy_n(&pos(0, nodes_[k]), Dim, points_[k].x.begin());
+            points_[k].id = static_cast<unsigned int>(k);
+        }
+        std::erase_if(points_, [](const auto& p) {
+            return std::any_of(p.x.begin(), p.x.end(), [](double x) { return std::isnan(x); });
+        });
+    }
+
+    std::uint64_t turns() const { return nodes_.size(); }
+
+    bool collect(pair_band& band, const dense1D<unsigned int>&) {
+        if (!tree_ || tree_turns_ != band.turns()) plant(band.turns());
+        return tree_->each_within(band.up_to(), [&](const auto& p, const auto& q) {
+            const double d = distance<Dim>(p.x.data(), q.x.data());
+            if (!band.holds(d)) return true;
+            // The reverse of a pair has its turn later and then finds one of the two absorbed.
+            const auto& first = p.id < q.id ? p : q;
+            const auto& second = p.id < q.id ? q : p;
+            if (may_join(first, second)) return band.push({d, first.id, second.id});
+            if (may_join(second, first)) return band.push({d, second.id, first.id});
+            return true;
+        });
+    }
+
+    static void sort(std::vector<merge_pair>& pairs) {
+        std::sort(pairs.begin(), pairs.end(), [](const merge_pair& a, const merge_pair& b) {
+            return a.distance != b.distance ? a.distance < b.distance : a.survivor < b.survivor;
+        });
+    }
+
+    unsigned int node(unsigned int number) const { return nodes_[number]; }
+
+    void drop_absorbed(const dense1D<unsigned int>& new_IDs) {
+        std::erase_if(points_, [&](const auto& p) { return !stays(new_IDs, nodes_[p.id]); });
+        tree_.reset();
+    }
+
+private:
+    /// Nodes that do not have their turn can only be absorbed.
+    void plant(turn_range turns) {
+        for (auto& p : points_) {
+            const pair_role role = roles_[nodes_[p.id]];
+            p.role = turns.contains(p.id) ? role : static_cast<pair_role>(role & absorbable);
+        }
+        tree_.emplace(points_);
+        tree_turns_ = turns;
+    }
+
+    bool may_join(const numbered_point<Dim>& by, const numbered_point<Dim>& absorbed) const {
+        return (by.role & survivor) != 0 && (absorbed.role & absorbable) != 0 &&
+               in_box<Dim>(by.x.data(), absorbed.x.data(), tol_);
+    }
+
+    std::vector<unsigned int> nodes_;
+    const std::vector<pair_role>& roles_;
+    double tol_;
+    std::vector<numbered_point<Dim>> points_;
+    std::optional<close_pairs<Dim>> tree_;
+    turn_range tree_turns_{};
+};
+
+/// Pairs of nodes of one element, in the order of matrices, elements and rows of the survivors.
+template <unsigned Dim>
+class element_pairs {
+public:
+    element_pairs(const dense2D<double>& pos, const dense2D<unsigned int>* first,
+                  const dense2D<unsigned int>* last, double tol)
+        : pos_(pos)
+        , first_(first)
+        , last_(last)
+        , tol_(tol) {}
+
+    /// The elements are read through `renumbering` from here on.
+    void begin_pass(const dense1D<unsigned int>& renumbering) {
+        need(renumbering_.copy(renumbering));
+    }
+
+    std::uint64_t turns() const {
+        std::uint64_t elements = 0;
+        for (auto m = first_; m != last_; ++m)
+            elements += m->cols();
+        return elements;
+    }
+
+    bool collect(pair_band& band, const dense1D<unsigned int>& new_IDs) const {
+        std::uint64_t turn = 0;
+        for (auto m = first_; m != last_; ++m) {
+            for (std::uint64_t j = 0; j < m->cols(); ++j, ++turn) {
+                if (m->rows() > 0 && band.turns().contains(turn) &&
+                    !collect(&(*m)(0, j), m->rows(), band, new_IDs))
+                    return false;
+            }
+        }
+        return true;
+    }
+
+    static void sort(std::vector<merge_pair>& pairs) {
+        std::stable_sort(pairs.begin(), pairs.end(), [](const merge_pair& a, const merge_pair& b) {
+            return a.distance < b.distance;
+        });
+    }
+
+    static unsigned int node(unsigned int number) { return number; }
+
+    static void drop_absorbed(const dense1D<unsigned int>&) {}
+
+private:
+    bool collect(const unsigned int* element, std::uint64_t rows, pair_band& band,
+                 const dense1D<unsigned int>& new_IDs) const {
+        for (std::uint64_t a = 0; a < rows; ++a) {
+            if (element[a] == no_node) continue;
+            const unsigned int n = renumbering_[element[a]];
+            if (!stays(new_IDs, n)) continue;
+            for (std::uint64_t b = 0; b < rows; ++b) {
+                if (element[b] == no_node) continue;
+                const unsigned int m = renumbering_[element[b]];
+                if (m == n || !stays(new_IDs, m)) continue;
+                const double* const pn = &pos_(0, n);
+                const double* const pm = &pos_(0, m);
+                const double d = distance<Dim>(pn, pm);
+                if (!band.holds(d) || !in_box<Dim>(pn, pm, tol_)) continue;
+                if (b < a && in_box<Dim>(pm, pn, tol_)) continue; // its reverse had its turn
+                if (!band.push({d, n, m})) return false;
+            }
+        }
+        return true;
+    }
+
+    const dense2D<double>& pos_;
+    const dense2D<unsigned int>* first_;
+    const dense2D<unsigned int>* last_;
+    double tol_;
+    dense1D<unsigned int> renumbering_;
+};
+
+/// Listed nodes in the order of their turn, and their roles.
+struct listed_nodes {
+    std::vector<unsigned int> nodes;
+    std::vector<pair_role> roles; ///< one per column of pos
+};
+
+/// The first node at each place stands for all others of its role there: whatever absorbs or stays
+/// with the one does so with the others at the same turn. The others leave the list and are
+/// returned with the node that stands for them.
+template <unsigned Dim>
+std::vector<std::array<unsigned int, 2>> take_out_coincident(const dense2D<double>& pos,
+                                                             listed_nodes& listed) {
+    const auto hash = [&](unsigned int node) {
+        std::uint64_t bits = listed.roles[node];
+        // Adding 0 makes the two zeros one.
+        for (unsigned i = 0; i < Dim; ++i)
+            bits = mixed_bits(bits + std::bit_cast<std::uint64_t>(pos(i, node) + 0.0));
+        return bits;
+    };
+    const auto equal = [&](unsigned int a, unsigned int b) {
+        bool same = listed.roles[a] == listed.roles[b];
+        for (unsigned i = 0; i < Dim; ++i)
+            same &= pos(i, a) == pos(i, b);
+        return same;
+    };
+    const auto finite = [&](unsigned int node) {
+        bool all = true;
+        for (unsigned i = 0; i < Dim; ++i)
+            all &= std::isfinite(pos(i, node));
+        return all;
+    };
+    hash_slots places(listed.nodes.size());
+    std::vector<std::array<unsigned int, 2>> coincident;
+    std::erase_if(listed.nodes, [&](unsigned int node) {
+        if (!finite(node)) return false; // infinite coordinates have no distance 0
+        const unsigned int stands = places.find_or_insert(
+            hash(node), node, [&](unsigned int other) { return equal(node, other); }, hash);
+        if (stands == no_node) return false;
+        coincident.push_back({node, stands});
+        return true;
+    });
+    return coincident;
+}
+
+/// The whole procedure for listed nodes; new_IDs is the identity on entry.
+template <unsigned Dim>
+std::uint64_t merge_listed(const dense2D<double>& pos, listed_nodes& listed, double tol,
+                           dense1D<unsigned int>& new_IDs) {
+    const auto coincident = take_out_coincident<Dim>(pos, listed);
+    const std::uint64_t count = listed.nodes.size();
+    list_pairs<Dim> pairs(pos, std::move(listed.nodes), listed.roles, tol);
+    std::uint64_t joined = join_nearest_first(pairs, tol, count, new_IDs);
+    for (const auto& [node, stands] : coincident) {
+        const pair_role r = listed.roles[node];
+        if (r == both || (r == absorbable && !stays(new_IDs, stands))) {
+            new_IDs[node] = r == both ? stands : new_IDs[stands];
+            ++joined;
+        }
+    }
+    resolve_chains(new_IDs);
+    return joined;
+}
+
+/// Survivors in list order, then the nodes that can only be absorbed.
+listed_nodes in_order_of_turn(const dense1D<unsigned int>& nodes1,
+                              const dense1D<unsigned int>& nodes2, std::uint64_t cols) {
+    listed_nodes listed;
+    listed.roles.resize(cols, neither);
+    const auto add = [&](const dense1D<unsigned int>& nodes, pair_role r) {
+        for (const unsigned int node : nodes) {
+            if (node == no_node) continue;
+            if (listed.roles[node] == neither) listed.nodes.push_back(node);
+            listed.roles[node] = static_cast<pair_role>(listed.roles[node] | r);
+        }
+    };
+    listed.nodes.reserve(nodes2.size());
+    add(nodes2, survivor);
+    add(nodes1, absorbable);
+    return listed;
+}
+
+/// Node lists that passed their checks: fills new_IDs and returns the count.
+std::uint64_t merge_lists(const dense2D<double>& pos, const dense1D<unsigned int>& nodes1,
+                          const dense1D<unsigned int>& nodes2, double tol,
+                          dense1D<unsigned int>& new_IDs) {
+    if (nodes1.empty() || nodes2.empty()) return 0;
+    listed_nodes listed = in_order_of_turn(nodes1, nodes2, pos.cols());
+    dense1D<unsigned int> map = identity(pos.cols());
+    const std::uint64_t joined = pos.rows() == 2 ? merge_listed<2>(pos, listed, tol, map)
+                                                 : merge_listed<3>(pos, listed, tol, map);
+    new_IDs.swap(map);
+    return joined;
+}
+
+/// Joins nodes of one element, in one pass or until a pass joins none. The elements stay as they
+/// are until everything that can run out of memory has been done.
+template <unsigned Dim>
+std::uint64_t join_in_elements(const dense2D<double>& pos, const dense2D<unsigned int>* first,
+                               const dense2D<unsigned int>* last, std::uint64_t nodes, double tol,
+                               bool repeat, dense1D<unsigned int>& new_IDs) {
+    element_pairs<Dim> pairs(pos, first, last, tol);
+    std::uint64_t total = 0;
+    std::uint64_t joined = 0;
+    do {
+        pairs.begin_pass(new_IDs);
+        joined = join_nearest_first(pairs, tol, nodes, new_IDs);
+        resolve_chains(new_IDs);
+        total += joined;
+    } while (repeat && joined > 0);
+    return total;
+}
+
+/// Connectivities whose other arguments passed their checks.
+int merge_elements(const dense2D<double>& pos, dense2D<unsigned int>* first,
+                   dense2D<unsigned int>* last, dense1D<unsigned int>& new_IDs, double tol,
+                   unsigned int flags) {
+    dense1D<unsigned int> used;
+    append_unique(used, first, last);
+    if (used.empty()) return 0;
+    if (!check_IDs(used, index_bound(pos.cols()))) return -2;
+    std::uint64_t joined = 0;
+    if (flags == 0) {
+        joined = merge_lists(pos, used, used, tol, new_IDs);
+    } else {
+        dense1D<unsigned int> map = identity(pos.cols());
+        const auto join = pos.rows() == 2 ? join_in_elements<2> : join_in_elements<3>;
+        joined = join(pos, first, last, used.size(), tol, flags == 2, map);
+        new_IDs.swap(map);
+    }
+    for (auto m = first; m != last; ++m)
+        change_indices(*m, new_IDs);
+    return count_result(joined);
+}
+
+bool is_planar_or_spatial(const dense2D<double>& pos) {
+    return pos.rows() == 2 || pos.rows() == 3;
+}
+
+} // namespace
+
+int merge(const dense2D<double>& pos, const dense1D<unsigned int>& nodes1,
+          const dense1D<unsigned int>& nodes2, dense1D<unsigned int>& new_IDs,
+          double tol) noexcept {
+    const dense1D<unsigned int> from(nodes1);
+    const dense1D<unsigned int> onto(nodes2);
+    new_IDs.clear();
+    if (pos.cols() == 0) return 0;
+    if (!is_planar_or_spatial(pos)) return -1;
+    if (!check_IDs(from, index_bound(pos.cols()))) return -2;
+    if (!check_IDs(onto, index_bound(pos.cols()))) return -3;
+    if (!(tol >= 0)) return -4;
+    return guarded([&] { return count_result(merge_lists(pos, from, onto, tol, new_IDs)); });
+}
+
+int merge(const dense2D<double>& pos, const dense1D<unsigned int>& nodes,
+          dense1D<unsigned int>& new_IDs, double tol) noexcept {
+    return merge(pos, nodes, nodes, new_IDs, tol);
+}
+
+int merge(const dense2D<double>& pos, dense2D<unsigned int>* first, dense2D<unsigned int>* last,
+          dense1D<unsigned int>& new_IDs, double tol, unsigned int flags) noexcept {
+    new_IDs.clear();
+    if (pos.cols() == 0 || first == last) return 0;
+    if (!is_planar_or_spatial(pos)) return -1;
+    if (is_reversed(first, last)) return -3;
+    if (!(tol >= 0)) return -5;
+    if (flags > 2) return -6;
+    return guarded([&] { return merge_elements(pos, first, last, new_IDs, tol, flags); });
+}
+
+int merge(const dense2D<double>& pos, dense2D<unsigned int>& connectM,
+          dense1D<unsigned int>& new_IDs, double tol, unsigned int flags) noexcept {
+    return merge(pos, &connectM, &connectM + 1, new_IDs, tol, flags);
+}
+
+int merge(const dense2D<double>& pos, dense2D<unsigned int>& connectM1,
+          dense2D<unsigned int>& connectM2, dense1D<unsigned int>& new_IDs, double tol,
+          unsigned int flags) noexcept {
+    // Views of both: renumbering writes through to the elements of the caller's matrices.
+    std::array<dense2D<unsigned int>, 2> views = {connectM1, connectM2};
+    return merge(pos, views.data(), views.data() + 2, new_IDs, tol, flags);
+}
+
+int merge(const dense2D<double>& pos, dense2D<unsigned int>* first, dense2D<unsigned int>* last,
+          double tol, unsigned int flags) noexcept {
+    dense1D<unsigned int> new_IDs;
+    return merge(pos, first, last, new_IDs, tol, flags);
+}
+
+int merge(const dense2D<double>& pos, dense2D<unsigned int>& connectM, double tol,
+          unsigned int flags) noexcept {
+    dense1D<unsigned int> new_IDs;
+    return merge(pos, connectM, new_IDs, tol, flags);
+}
+
+int merge(const dense2D<double>& pos, dense2D<unsigned int>& connectM1,
+          dense2D<unsigned int>& connectM2, double tol, unsigned int flags) noexcept {
+    dense1D<unsigned int> new_IDs;
+    return merge(pos, connectM1, connectM2, new_IDs, tol, flags);
+}
+
+int merge(const dense2D<double>& pos, dense2D<unsigned int>& connectM) noexcept {
+    return merge(pos, connectM, default_tolerance, 0);
+}
+
+int merge(const dense2D<double>& pos, dense2D<unsigned int>& connectM1,
+          dense2D<unsigned int>& connectM2) noexcept {
+    return merge(pos, connectM1, connectM2, default_tolerance, 0);
+}
+
+int merge(dense2D<double>& pos, dense1D<unsigned int>& new_IDs, double tol) noexcept {
+    new_IDs.clear();
+    if (pos.cols() == 0) return 0;
+    if (!is_planar_or_spatial(pos)) return -1;
+    if (!(tol >= 0)) return -3;
+    return guarded([&] {
+        dense2D<double> moved;
+        need(moved.copy(pos));
+        dense1D<unsigned int> map;
+        const dense1D<unsigned int> all = identity(pos.cols());
+        const std::uint64_t joined = merge_lists(moved, all, all, tol, map);
+        for (std::uint64_t k = 0; k < map.size(); ++k) {
+            if (map[k] != k) std::copy_n(&moved(0, map[k]), moved.rows(), &moved(0, k));
+        }
+        pos.swap(moved);
+        new_IDs.swap(map);
+        return count_result(joined);
+    });
+}
+
+int merge(dense2D<double>& pos, double tol) noexcept {
+    dense1D<unsigned int> new_IDs;
+    return merge(pos, new_IDs, tol);
+}
+
+} // namespace kvx::zelvo

@@ -1,0 +1,243 @@
+#include <cmath>
+#include <set>
+
+#include "search/clouds.h"
+
+namespace kvx::zelvo::tests {
+namespace {
+
+/// The tree as it is described: one insertion after the other, recursive visits.
+struct plain_tree {
+    const dense2D<double>& pos;
+    unsigned dim;
+    struct record {
+        unsigned node;
+        unsigned lower = none;
+        unsigned upper = none;
+    };
+    std::vector<record> records;
+
+    explicit plain_tree(const dense2D<double>& p)
+        : pos(p)
+        , dim(static_cast<unsigned>(p.rows())) {}
+
+    void insert(std::vector<unsigned> nodes) {
+        // The generator by its recurrence, not by the standard engine.
+        std::vector<std::uint32_t> state(624, 1);
+        for (unsigned k = 1; k < 624; ++k)
+            state[k] = 69069u * state[k - 1];
+        unsigned next = 624;
+        const auto draw = [&] {
+            if (next == 624) {
+                for (unsigned k = 0; k < 624; ++k) {
+                    const auto y = (state[k] & 0x80000000u) | (state[(k + 1) % 624] & 0x7fffffffu);
+                    state[k] = state[(k + 397) % 624] ^ (y >> 1) ^ (y & 1 ? 0x9908b0dfu : 0);
+                }
+                next = 0;
+            }
+            std::uint32_t y = state[next++];
+            y ^= y >> 11;
+            y ^= (y << 7) & 0x9d2c5680u;
+            y ^= (y << 15) & 0xefc60000u;
+            return y ^ (y >> 18);
+        };
+        for (unsigned i = 1; i < nodes.size(); ++i)
+            std::swap(nodes[i], nodes[draw() % (i + 1)]);
+        for (unsigned node : nodes)
+            insert_one(node);
+    }
+
+    void insert_one(unsigned node) {
+        if (node >= pos.cols()) return;
+        records.push_back({node});
+        const auto n = static_cast<unsigned>(records.size() - 1);
+        if (n == 0) return;
+        unsigned r = 0;
+        for (unsigned axis = 0;; axis = (axis + 1) % dim) {
+            unsigned& child =
+                pos(axis, records[r].node) > pos(axis, node) ? records[r].lower : records[r].upper;
+            if (child == none) {
+                child = n;
+                return;
+            }
+            r = child;
+        }
+    }
+
+    double squared(unsigned node, const double* P) const {
+        double sum = 0;
+        for (unsigned i = 0; i < dim; ++i)
+            sum += (pos(i, node) - P[i]) * (pos(i, node) - P[i]);
+        return sum;
+    }
+
+    unsigned closest(const double* P, unsigned skipped) const {
+        double d2 = std::numeric_limits<double>::max();
+        unsigned best = none;
+        unsigned r = records.empty() ? none : 0;
+        for (unsigned axis = 0; r != none; axis = (axis + 1) % dim) {
+            const auto& [node, lower, upper] = records[r];
+            if (node != skipped && squared(node, P) < d2) d2 = squared(best = node, P);
+            r = pos(axis, node) > P[axis] ? lower : upper;
+        }
+        if (!records.empty() && d2 != 0) visit(0, 0, P, skipped, d2, best);
+        return best;
+    }
+
+    void visit(unsigned r, unsigned axis, const double* P, unsigned skipped, double& d2,
+               unsigned& best) const {
+        if (r == none) return;
+        const auto& [node, lower, upper] = records[r];
+        bool in = node != skipped;
+        for (unsigned i = 0; i < dim; ++i)
+            in = in && P[i] - std::sqrt(d2) <= pos(i, node) && pos(i, node) <= P[i] + std::sqrt(d2);
+        if (in && squared(node, P) < d2) d2 = squared(best = node, P);
+        const double c = pos(axis, node);
+        // Negated, so that a NaN hides nothing below it.
+        if (!(c >= P[axis] + std::sqrt(d2))) visit(upper, (axis + 1) % dim, P, skipped, d2, best);
+        if (!(c <= P[axis] - std::sqrt(d2))) visit(lower, (axis + 1) % dim, P, skipped, d2, best);
+    }
+
+    void in_box(unsigned r, unsigned axis, const double* min, const double* max,
+                std::vector<unsigned>& found) const {
+        if (r == none) return;
+        const auto& [node, lower, upper] = records[r];
+        bool in = true;
+        for (unsigned i = 0; i < dim; ++i)
+            in = in && min[i] <= pos(i, node) && pos(i, node) <= max[i];
+        if (in) found.push_back(node);
+        if (!(pos(axis, node) < min[axis])) in_box(lower, (axis + 1) % dim, min, max, found);
+        if (!(pos(axis, node) > max[axis])) in_box(upper, (axis + 1) % dim, min, max, found);
+    }
+};
+
+template <unsigned Dim>
+void compare_with_plain_tree(const cloud_maker& draw, engine& random) {
+    const unsigned n = 1 + random() % 300;
+    const auto pos = strided(cloud(Dim, n, draw, random), 7.0);
+    plain_tree plain(pos);
+    node_detector detector(pos);
+    std::vector<unsigned> all(n);
+    for (unsigned k = 0; k < n; ++k)
+        all[k] = k;
+    plain.insert(all);
+    if (random() % 2) {
+        const auto more = random_list(1 + random() % 40, n + 2, random);
+        std::uint64_t taken = 0;
+        for (unsigned node : more)
+            taken += node < n;
+        ASSERT_EQ(detector.insert(more), taken);
+        plain.insert(list(more));
+    }
+    ASSERT_EQ(detector.size(), plain.records.size());
+    node_detector copy;
+    copy = detector;
+    for (unsigned query = 0; query < 40; ++query) {
+        vector_fixed<double, Dim> P;
+        vector_fixed<double, Dim> Q;
+        for (unsigned i = 0; i < Dim; ++i) {
+            P[i] = query % 2 ? draw(random) : pos(i, random() % n);
+            Q[i] = P[i] + (query % 3 ? 0.3 * double(random() % 4) : 0.0);
+        }
+        ASSERT_EQ(detector.find_closest(P), plain.closest(P.data(), none));
+        const unsigned node = random() % n;
+        ASSERT_EQ(detector.find_closest(node), plain.closest(&pos(0, node), node));
+        auto found = vec({42});
+        std::vector<unsigned> expected = {42};
+        plain.in_box(0, 0, P.data(), Q.data(), expected);
+        copy.find_in_box(P, Q, found);
+        ASSERT_EQ(list(found), expected);
+    }
+}
+
+TEST(node_detector, answers_like_the_plain_tree) {
+    engine random(3);
+    for (const auto& [name, draw] : hostile_clouds) {
+        for (unsigned round = 0; round < 60; ++round) {
+            SCOPED_TRACE(testing::Message() << name << ", round " << round);
+            round % 2 ? compare_with_plain_tree<2>(draw, random)
+                      : compare_with_plain_tree<3>(draw, random);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+TEST(node_detector, finds_a_closest_node) {
+    engine random(4);
+    const auto pos = cloud(3, 3000, hostile_clouds.front().second, random);
+    const node_detector detector(pos);
+    for (unsigned query = 0; query < 300; ++query) {
+        const vector_fixed<double, 3> P(random() * 0x1p-32, random() * 0x1p-32, 1.5);
+        const plain_tree plain(pos);
+        double least = std::numeric_limits<double>::max();
+        for (unsigned k = 0; k < 3000; ++k)
+            least = std::min(least, plain.squared(k, P.data()));
+        ASSERT_EQ(plain.squared(detector.find_closest(P), P.data()), least);
+    }
+}
+
+TEST(node_detector, takes_many_coincident_nodes) {
+    for (const double at : {1.5, std::numeric_limits<double>::quiet_NaN()}) {
+        dense2D<double> pos(3, 200001, at);
+        pos(2, 200000) = 1.25; // once it is the pivot, it parts nothing
+        const node_detector detector(pos);
+        EXPECT_EQ(detector.size(), 200001u);
+        dense1D<unsigned> found;
+        detector.find_in_box({1.5, 1.5, 1.25}, {1.5, 1.5, 1.5}, found);
+        EXPECT_EQ(found.size(), at == 1.5 ? 200001u : 0u);
+    }
+}
+
+TEST(node_detector, mixes_dimensions) {
+    const auto flat = points({{0, 0}, {4, 0}});
+    const auto solid = points({{0, 0, 0}, {0.5, 0, 3}});
+    dense1D<unsigned> found;
+    const node_detector in_plane(flat);
+    EXPECT_EQ(in_plane.find_closest({3.0, 0.0, 100.0}), 1u);
+    in_plane.find_in_box({0.0, 0.0, 5.0}, {9.0, 0.0, 6.0}, found);
+    EXPECT_EQ(found.size(), 2u);
+    const node_detector in_space(solid);
+    EXPECT_EQ(in_space.find_closest({0.5, 0.0}), 0u);
+    found.clear();
+    in_space.find_in_box({0.0, 0.0}, {1.0, 1.0}, found);
+    EXPECT_EQ(list(found), std::vector<unsigned>{0});
+}
+
+TEST(node_detector, keeps_or_drops_its_tree_on_rejected_calls) {
+    const auto pos = points({{0, 0}, {1, 0}, {2, 0}});
+    const auto line = points({{0}, {1}});
+    const std::vector<dense2D<unsigned>> conns = {columns({{0, 1}}), columns({{1, 2}})};
+    node_detector detector;
+    EXPECT_EQ(detector.find_closest({0.0, 0.0}), none);
+    EXPECT_EQ(detector.find_closest(0u), none);
+    EXPECT_EQ(detector.insert(vec({0})), 0u);
+    EXPECT_EQ(detector.reinit(pos, conns.data(), conns.data() + 2), 0);
+    EXPECT_EQ(detector.size(), 3u);
+    EXPECT_EQ(detector.reinit(pos, conns.data() + 1, conns.data()), -3);
+    EXPECT_EQ(detector.reinit(line, vec({0})), -1);
+    EXPECT_EQ(detector.reinit(pos, vec({0, 3})), -2);
+    EXPECT_EQ(detector.reinit(pos, columns({{7, 0}})), -2);
+    EXPECT_EQ(detector.size(), 3u);
+    EXPECT_EQ(detector.reinit(pos, vec({none, 1, 1})), 0);
+    EXPECT_EQ(detector.size(), 2u);
+    EXPECT_EQ(detector.find_closest(1u), none);
+    EXPECT_EQ(detector.reinit(pos, conns.data(), conns.data()), 0);
+    EXPECT_EQ(detector.size(), 0u);
+    EXPECT_EQ(detector.reinit(pos), 0);
+    EXPECT_EQ(detector.reinit(line), -1);
+    EXPECT_EQ(detector.size(), 0u);
+}
+
+TEST(node_detector, finds_nothing_when_the_matrix_lost_its_nodes) {
+    auto pos = points({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}});
+    node_detector detector(pos);
+    ASSERT_TRUE(pos.resize(3, 2));
+    dense1D<unsigned> found;
+    detector.find_in_box({0.0, 0.0, 0.0}, {9.0, 0.0, 0.0}, found);
+    EXPECT_TRUE(found.empty());
+    EXPECT_EQ(detector.find_closest({0.0, 0.0, 0.0}), none);
+    EXPECT_EQ(detector.insert(vec({0})), 0u);
+}
+
+} // namespace
+} // namespace kvx::zelvo::tests

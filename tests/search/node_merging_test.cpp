@@ -1,0 +1,232 @@
+#include <cmath>
+
+#include "search/clouds.h"
+
+namespace kvx::zelvo::tests {
+namespace {
+
+struct pair_record {
+    double distance;
+    unsigned survivor;
+    unsigned absorbed;
+};
+
+bool close_enough(const dense2D<double>& pos, unsigned j, unsigned i, double tol, double& d) {
+    double sum = 0;
+    for (unsigned k = 0; k < pos.rows(); ++k) {
+        if (!(pos(k, j) - tol <= pos(k, i) && pos(k, i) <= pos(k, j) + tol)) return false;
+        sum += (pos(k, j) - pos(k, i)) * (pos(k, j) - pos(k, i));
+    }
+    d = std::sqrt(sum);
+    return d <= tol;
+}
+
+int walk(std::vector<pair_record>& pairs, std::vector<unsigned>& ids) {
+    std::stable_sort(pairs.begin(), pairs.end(),
+                     [](const auto& a, const auto& b) { return a.distance < b.distance; });
+    int count = 0;
+    for (const auto& [d, j, i] : pairs) {
+        if (ids[j] != j || ids[i] != i) continue;
+        ids[i] = j;
+        ++count;
+    }
+    for (unsigned& id : ids)
+        while (ids[id] != id)
+            id = ids[id];
+    return count;
+}
+
+std::vector<unsigned> identity(std::uint64_t n) {
+    std::vector<unsigned> ids(n);
+    for (unsigned k = 0; k < n; ++k)
+        ids[k] = k;
+    return ids;
+}
+
+std::vector<unsigned> distinct(const dense1D<unsigned>& nodes) {
+    dense1D<unsigned> out;
+    unique_indices(out, nodes);
+    return list(out);
+}
+
+/// All pairs stored, sorted and walked.
+int plain_merge(const dense2D<double>& pos, const std::vector<unsigned>& u1,
+                const std::vector<unsigned>& u2, double tol, std::vector<unsigned>& ids) {
+    ids = identity(pos.cols());
+    std::vector<pair_record> pairs;
+    double d = 0;
+    for (unsigned j : u2)
+        for (unsigned i : u1)
+            if (i != j && close_enough(pos, j, i, tol, d)) pairs.push_back({d, j, i});
+    return walk(pairs, ids);
+}
+
+int plain_merge_in_elements(const dense2D<double>& pos, dense2D<unsigned>& conn, double tol,
+                            bool repeat, std::vector<unsigned>& ids) {
+    ids = identity(pos.cols());
+    int total = 0;
+    int count = 0;
+    do {
+        std::vector<pair_record> pairs;
+        double d = 0;
+        for (unsigned e = 0; e < conn.cols(); ++e)
+            for (unsigned a = 0; a < conn.rows(); ++a)
+                for (unsigned b = 0; b < conn.rows(); ++b) {
+                    const unsigned n = conn(a, e);
+                    const unsigned m = conn(b, e);
+                    if (n == none || m == none || m == n || ids[n] != n || ids[m] != m) continue;
+                    if (close_enough(pos, n, m, tol, d)) pairs.push_back({d, n, m});
+                }
+        count = walk(pairs, ids);
+        for (unsigned e = 0; e < conn.cols(); ++e)
+            for (unsigned a = 0; a < conn.rows(); ++a)
+                if (conn(a, e) != none) conn(a, e) = ids[conn(a, e)];
+        total += count;
+    } while (repeat && count > 0);
+    return total;
+}
+
+TEST(merge, joins_like_the_plain_procedure) {
+    engine random(1);
+    for (const auto& [name, draw] : hostile_clouds) {
+        for (const double tol : {0.0, 1e-170, 1e-162, 0x1p-33, 0.1, 0.25, 0.35, 2.0, inf}) {
+            for (unsigned round = 0; round < 24; ++round) {
+                SCOPED_TRACE(testing::Message() << name << ", tol " << tol << ", round " << round);
+                const unsigned n = 1 + static_cast<unsigned>(random() % 90);
+                const auto pos = strided(cloud(2 + round % 2, n, draw, random), 7.0);
+                const auto l1 = random_list(n, n, random);
+                const auto l2 = round % 3 == 0 ? l1 : random_list(n, n, random);
+                std::vector<unsigned> expected;
+                dense1D<unsigned> ids;
+                const int count = plain_merge(pos, distinct(l1), distinct(l2), tol, expected);
+                ASSERT_EQ(merge(pos, l1, l2, ids, tol), count);
+                ASSERT_EQ(list(ids), expected);
+            }
+        }
+    }
+}
+
+TEST(merge, joins_nodes_of_elements_like_the_plain_procedure) {
+    engine random(2);
+    for (const auto& [name, draw] : hostile_clouds) {
+        for (const double tol : {0.0, 1e-162, 0.1, 0.25, 2.0}) {
+            for (unsigned round = 0; round < 24; ++round) {
+                SCOPED_TRACE(testing::Message() << name << ", tol " << tol << ", round " << round);
+                const unsigned n = 3 + static_cast<unsigned>(random() % 40);
+                const auto pos = cloud(2 + round % 2, n, draw, random);
+                dense2D<unsigned> plain(4, n);
+                for (unsigned e = 0; e < n; ++e) {
+                    const auto nodes = random_list(4, n, random);
+                    std::copy(nodes.begin(), nodes.end(), plain.col(e).begin());
+                }
+                auto conn = strided(plain, 5u);
+                const bool repeat = round % 4 < 2;
+                std::vector<unsigned> expected;
+                dense1D<unsigned> ids;
+                const int count = plain_merge_in_elements(pos, plain, tol, repeat, expected);
+                ASSERT_EQ(merge(pos, conn, ids, tol, repeat ? 2 : 1), count);
+                ASSERT_EQ(list(ids), expected);
+                ASSERT_EQ(list(conn), list(plain));
+            }
+        }
+    }
+}
+
+TEST(merge, rejects_in_the_order_of_its_checks) {
+    const auto pos = points({{0, 0}, {1, 0}, {0, 0}});
+    const auto line = points({{0}, {0}});
+    const dense2D<double> empty(1, 0);
+    const auto good = vec({0, 1, 2});
+    const auto bad = vec({0, 3});
+    dense1D<unsigned> ids;
+    struct list_call {
+        const dense2D<double>& pos;
+        const dense1D<unsigned>& nodes1;
+        const dense1D<unsigned>& nodes2;
+        double tol;
+        int code;
+    };
+    for (const auto& [p, n1, n2, tol, code] :
+         {list_call{empty, bad, bad, -1, 0}, list_call{line, bad, bad, -1, -1},
+          list_call{pos, bad, bad, -1, -2}, list_call{pos, good, bad, -1, -3},
+          list_call{pos, good, good, -1, -4}, list_call{pos, good, good, nan, -4},
+          list_call{pos, good, {}, 1, 0}, list_call{pos, {}, good, 1, 0}}) {
+        ids = vec({9});
+        EXPECT_EQ(merge(p, n1, n2, ids, tol), code);
+        EXPECT_TRUE(ids.empty());
+    }
+
+    std::vector<dense2D<unsigned>> conns = {columns({{0, 1}, {2, 1}}), columns({{none, none}}),
+                                            columns({{1, 3}})};
+    dense2D<unsigned>* const c = conns.data();
+    struct range_call {
+        const dense2D<double>& pos;
+        dense2D<unsigned>* first;
+        dense2D<unsigned>* last;
+        double tol;
+        unsigned flags;
+        int code;
+    };
+    for (const auto& [p, first, last, tol, flags, code] :
+         {range_call{empty, c + 1, c, -1, 3, 0}, range_call{line, c, c, -1, 3, 0},
+          range_call{line, c + 1, c, -1, 3, -1}, range_call{pos, c + 1, c, -1, 3, -3},
+          range_call{pos, c, c + 3, -1, 3, -5}, range_call{pos, c, c + 3, 0, 3, -6},
+          range_call{pos, c + 1, c + 2, 0, 0, 0}, range_call{pos, c, c + 3, 0, 0, -2}}) {
+        ids = vec({9});
+        EXPECT_EQ(merge(p, first, last, ids, tol, flags), code);
+        EXPECT_TRUE(ids.empty());
+    }
+    EXPECT_EQ(list(conns[0]), list(columns({{0, 1}, {2, 1}})));
+    EXPECT_EQ(merge(line, conns[0]), -1);
+
+    auto in_place = line;
+    EXPECT_EQ(merge(in_place, -1), -1);
+    in_place = pos;
+    EXPECT_EQ(merge(in_place, nan), -3);
+}
+
+TEST(merge, every_form_welds) {
+    const auto pos = points({{0, 0}, {1, 0}, {1e-7, 0}, {1, 0}});
+    auto a = columns({{2, 1}});
+    auto b = columns({{3, 0}});
+    const auto view = b; // sees the renumbering
+    dense1D<unsigned> ids;
+    EXPECT_EQ(merge(pos, a, b), 2);
+    EXPECT_EQ(list(a), list(columns({{2, 1}})));
+    EXPECT_EQ(list(view), list(columns({{1, 2}})));
+    b = columns({{3, 0}});
+    EXPECT_EQ(merge(pos, b, a, ids, 0, 0), 1);
+    EXPECT_EQ(list(ids), (std::vector<unsigned>{0, 3, 2, 3}));
+    EXPECT_EQ(merge(pos, a, b, 1, 1), 1); // node 3 goes to node 2, which is nearer than node 0
+    a = columns({{2, 3}});
+    EXPECT_EQ(merge(pos, a, 1, 2), 1);
+    EXPECT_EQ(list(a), list(columns({{2, 2}})));
+    a = columns({{0, 2, 3, 1}});
+    EXPECT_EQ(merge(pos, a), 2);
+    EXPECT_EQ(list(a), list(columns({{0, 0, 3, 3}})));
+
+    auto moved = points({{0, 0}, {1, 0}, {1e-7, 0}, {1, 0}});
+    const auto before = moved;
+    EXPECT_EQ(merge(moved, ids, 1e-6), 2);
+    EXPECT_EQ(list(moved), list(points({{0, 0}, {1, 0}, {0, 0}, {1, 0}})));
+    EXPECT_EQ(list(before), list(pos));
+    auto nodes = vec({3, 1, none});
+    EXPECT_EQ(merge(pos, nodes, nodes, 0), 1); // the map takes the place of the list
+    EXPECT_EQ(list(nodes), (std::vector<unsigned>{0, 3, 2, 3}));
+}
+
+/// Tolerances beyond the model: all pairs are within it, and none may be stored for all of them.
+TEST(merge, welds_large_clouds_whatever_the_tolerance) {
+    engine random(5);
+    for (const auto& draw : {hostile_clouds[0].second, hostile_clouds[3].second}) {
+        const auto pos = cloud(3, 30000, draw, random);
+        dense1D<unsigned> ids;
+        EXPECT_EQ(merge(pos, vec({}), ids, 9), 0);
+        dense2D<double> all(pos);
+        EXPECT_EQ(merge(all, ids, 9), 29999);
+        EXPECT_THAT(list(ids), testing::Each(ids[0]));
+    }
+}
+
+} // namespace
+} // namespace kvx::zelvo::tests
