@@ -8,6 +8,8 @@
 #include <kvx/lapack.h>
 #include <kvx/ref_counted.h>
 #include <kvx/zelvo/bounding_box.h>
+#include <kvx/zelvo/degenerate_elements.h>
 #include <kvx/zelvo/node_detector.h>
 #include <kvx/zelvo/node_indices.h>
 #include <kvx/zelvo/node_merging.h>
+#include <kvx/zelvo/simplification.h>
