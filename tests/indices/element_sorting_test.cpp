@@ -1,0 +1,67 @@
+#include <algorithm>
+#include <numeric>
+#include <random>
+
+#include "meshes.h"
+
+namespace kvx::zelvo::tests {
+
+namespace {
+
+TEST(sort_elfes, groups_faces_and_renumbers_references) {
+    dense2D<unsigned int> conn = strided(
+        columns({{0, 1, 2, 3}, {1, 4, 2, none}, {none, 9, 9, 9}, {5, 6, 7, 8}, {4, 6, 5, none}}),
+        none);
+    // 5 is no element; element 2 is dropped
+    dense2D<unsigned int> refs = columns({{1, none}, {0, 4}, {2, 2}, {2, 5}, {3, 1}});
+    dense1D<unsigned int> group_nodes = conn.col(0), group_ends = vec({9}), new_IDs;
+    EXPECT_EQ(sort_elfes(conn, refs, group_nodes, group_ends, new_IDs), 0);
+    EXPECT_EQ(list(conn),
+              list(columns({{1, 4, 2, none}, {4, 6, 5, none}, {0, 1, 2, 3}, {5, 6, 7, 8}})));
+    EXPECT_EQ(list(refs), list(columns({{2, 1}, {3, 0}, {0, none}, {none, 5}})));
+    EXPECT_EQ(list(group_nodes), list(vec({3, 4})));
+    EXPECT_EQ(list(group_ends), list(vec({2, 4})));
+    EXPECT_EQ(list(new_IDs), list(vec({2, 0, none, 3, 1})));
+}
+
+TEST(sort_elfes, refuses_references_of_another_count_and_drops_all_without_nodes) {
+    dense2D<unsigned int> conn = columns({{1, 2}, {none, 1}}), refs = columns({{0}});
+    dense1D<unsigned int> group_nodes = vec({7}), group_ends, new_IDs;
+    EXPECT_EQ(sort_elfes(conn, refs, group_nodes, group_ends, new_IDs), -1);
+    EXPECT_EQ(list(conn), list(columns({{1, 2}, {none, 1}})));
+    EXPECT_EQ(list(group_nodes), list(vec({7})));
+
+    for (dense2D<unsigned int> empty_elements :
+         {columns({{none, 1}, {none, 2}}), dense2D<unsigned int>(0, 2)}) {
+        dense2D<unsigned int> empty_refs(0, 7);
+        EXPECT_EQ(sort_elfes(empty_elements, empty_refs, group_nodes, group_ends, new_IDs), 0);
+        EXPECT_EQ(empty_elements.cols(), 0);
+        EXPECT_EQ(empty_refs.cols(), 7);
+        EXPECT_EQ(list(group_nodes), list(vec({none})));
+        EXPECT_EQ(list(group_ends), list(vec({0})));
+        EXPECT_EQ(list(new_IDs), list(vec({none, none})));
+    }
+}
+
+TEST(sort_elfes, is_a_stable_sort_by_node_count) {
+    std::mt19937 random(7);
+    const unsigned int n = 300;
+    std::vector<std::vector<unsigned int>> elements(n);
+    for (unsigned int j = 0; j < n; ++j) {
+        elements[j].assign(8, none);
+        std::fill_n(elements[j].begin(), 4 + random() % 5, j);
+    }
+    dense2D<unsigned int> conn = columns(elements);
+    dense1D<unsigned int> group_nodes, group_ends, new_IDs;
+    EXPECT_EQ(sort_elfes(conn, group_nodes, group_ends, new_IDs), 0);
+    for (unsigned int j = 0; j < n; ++j)
+        EXPECT_EQ(conn(0, new_IDs[j]), j);
+    std::stable_sort(elements.begin(), elements.end(), [](const auto& a, const auto& b) {
+        return std::count(a.begin(), a.end(), none) > std::count(b.begin(), b.end(), none);
+    });
+    EXPECT_EQ(list(conn), elements);
+}
+
+} // namespace
+
+} // namespace kvx::zelvo::tests
