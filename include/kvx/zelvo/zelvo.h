@@ -15,3 +15,4 @@
 #include <kvx/zelvo/node_indices.h>
 #include <kvx/zelvo/node_merging.h>
 #include <kvx/zelvo/simplification.h>
+#include <kvx/zelvo/transforms.h>
