@@ -61,7 +61,8 @@ TEST(simplify, rejects_in_order_and_changes_nothing_but_the_map) {
         {"all kept", row_of_nodes(3), good, good + 1, 3, 0},
     };
     for (const auto& c : cases) {
-        dense2D<double> pos = c.pos;
+        dense2D<double> pos;
+        ASSERT_TRUE(pos.copy(c.pos));
         dense1D<unsigned int> new_IDs = vec({5});
         EXPECT_EQ(simplify(pos, c.first, c.last, new_IDs, c.n_kept), c.code) << c.what;
         EXPECT_TRUE(new_IDs.empty()) << c.what;
