@@ -5,6 +5,7 @@
 #include "foundation/appending.h"
 #include "foundation/element_columns.h"
 #include "foundation/matrix_range.h"
+#include "foundation/memory_overlap.h"
 #include "indices/index_collection.h"
 
 namespace kvx::zelvo {
@@ -87,7 +88,7 @@ bool valid_mixed(const dense2D<unsigned int>& conn, std::uint64_t first_open,
 template <class Array>
 void renumber(Array& a, const dense1D<unsigned int>& map) {
     dense1D<unsigned int> on_entry(map);
-    if (a.shares_storage(map) && !on_entry.copy(map)) return;
+    if (overlap(memory_run(a), memory_run(map)) && !on_entry.copy(map)) return;
     const unsigned int* const target = on_entry.data();
     const std::uint64_t size = on_entry.size();
     if (size == 0) return;

@@ -40,7 +40,7 @@ KVX_ZELVO_API int shift_indices(dense1D<unsigned int>& v, int s) noexcept;
 KVX_ZELVO_API int shift_indices(dense2D<unsigned int>& conn, int s, element_type t) noexcept;
 
 /// Replaces every entry e below the size of map by map[e]; other entries stay. The map is taken as
-/// it is on entry, also when it shares storage with the array; where that needs a copy of the map
+/// it is on entry, also when it overlaps the array in memory; where that needs a copy of the map
 /// and memory runs out, nothing changes. Linear.
 KVX_ZELVO_API void change_indices(dense1D<unsigned int>& v,
                                   const dense1D<unsigned int>& map) noexcept;

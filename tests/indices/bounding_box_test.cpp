@@ -1,0 +1,66 @@
+#include <cmath>
+#include <functional>
+#include <limits>
+
+#include "meshes.h"
+
+namespace kvx::zelvo::tests {
+
+namespace {
+
+using vec2 = vector_fixed<double, 2>;
+using vec3 = vector_fixed<double, 3>;
+
+TEST(inc_bounding_box, grows_by_all_by_listed_and_by_used_nodes) {
+    const auto pos = strided(points({{0, 5, -1}, {2, 7, 0}, {-9, 9, 9}, {1, 6, 3}}), 50.0);
+    const auto nodes = vec({3, none, 0, 3});
+    const auto conn = strided(columns({{1, 3, none}, {3, 1, 1}}), 2u);
+    const struct {
+        std::function<int(vec3&, vec3&)> call;
+        double box[6];
+    } cases[] = {
+        {[&](vec3& lo, vec3& hi) { return inc_bounding_box(pos, lo, hi); }, {-9, 5, -1, 2, 9, 9}},
+        {[&](vec3& lo, vec3& hi) { return inc_bounding_box(pos, nodes, lo, hi); },
+         {0, 5, -1, 1, 8, 3}},
+        {[&](vec3& lo, vec3& hi) { return inc_bounding_box(pos, conn, lo, hi); },
+         {0.5, 6, 0, 2, 8, 3}},
+    };
+    for (const auto& c : cases) {
+        vec3 lo(0.5, 8.0, 2.0), hi(0.5, 8.0, 2.0);
+        EXPECT_EQ(c.call(lo, hi), 0);
+        for (unsigned i = 0; i < 3; ++i) {
+            EXPECT_EQ(lo[i], c.box[i]) << "case " << &c - cases;
+            EXPECT_EQ(hi[i], c.box[3 + i]) << "case " << &c - cases;
+        }
+    }
+}
+
+TEST(inc_bounding_box, rejects_in_order_without_touching_the_box) {
+    const auto plane = points({{1, 1}}), solid = points({{1, 1, 1}});
+    const dense2D<double> nothing, no_nodes(2, 0);
+    vec2 lo(4.0), hi(-4.0);
+    EXPECT_EQ(inc_bounding_box(solid, lo, hi), -1);
+    EXPECT_EQ(inc_bounding_box(nothing, lo, hi), -1);
+    EXPECT_EQ(inc_bounding_box(no_nodes, lo, hi), 0);
+    EXPECT_EQ(inc_bounding_box(solid, vec({}), lo, hi), 0);
+    EXPECT_EQ(inc_bounding_box(solid, columns({{none}}), lo, hi), 0);
+    EXPECT_EQ(inc_bounding_box(solid, vec({1}), lo, hi), -1);
+    EXPECT_EQ(inc_bounding_box(plane, vec({0, 1}), lo, hi), -2);
+    EXPECT_EQ(inc_bounding_box(plane, columns({{0, 1}}), lo, hi), -2);
+    EXPECT_TRUE(lo[0] == 4.0 && lo[1] == 4.0 && hi[0] == -4.0 && hi[1] == -4.0);
+}
+
+// A NaN takes over the lower corner, and whatever comes next replaces it there.
+TEST(inc_bounding_box, lets_a_nan_reset_the_lower_corner_only) {
+    const auto pos = points({{1, 1}, {std::numeric_limits<double>::quiet_NaN(), 2}, {7, 3}});
+    vec2 lo(0.0), hi(0.0);
+    inc_bounding_box(pos, columns({{0, 1}}), lo, hi);
+    EXPECT_TRUE(std::isnan(lo[0]));
+    EXPECT_EQ(hi[0], 1.0);
+    inc_bounding_box(pos, columns({{2, 2}}), lo, hi);
+    EXPECT_EQ(lo[0], 7.0);
+}
+
+} // namespace
+
+} // namespace kvx::zelvo::tests
