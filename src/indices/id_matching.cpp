@@ -32,7 +32,6 @@ struct turned_column {
         return nodes[place < turned ? place : place - turned];
     }
     bool operator==(const turned_column& other) const {
-        if (turned != other.turned) return false;
         for (std::uint64_t k = 0; k < rows; ++k) {
             if ((*this)[k] != other[k]) return false;
         }

@@ -1,12 +1,6 @@
-#include <algorithm>
-#include <numeric>
-#include <random>
-
 #include "meshes.h"
 
 namespace kvx::zelvo::tests {
-
-namespace {
 
 TEST(sort_elfes, groups_faces_and_renumbers_references) {
     dense2D<unsigned int> conn = strided(
@@ -42,26 +36,5 @@ TEST(sort_elfes, refuses_references_of_another_count_and_drops_all_without_nodes
         EXPECT_EQ(list(new_IDs), list(vec({none, none})));
     }
 }
-
-TEST(sort_elfes, is_a_stable_sort_by_node_count) {
-    std::mt19937 random(7);
-    const unsigned int n = 300;
-    std::vector<std::vector<unsigned int>> elements(n);
-    for (unsigned int j = 0; j < n; ++j) {
-        elements[j].assign(8, none);
-        std::fill_n(elements[j].begin(), 4 + random() % 5, j);
-    }
-    dense2D<unsigned int> conn = columns(elements);
-    dense1D<unsigned int> group_nodes, group_ends, new_IDs;
-    EXPECT_EQ(sort_elfes(conn, group_nodes, group_ends, new_IDs), 0);
-    for (unsigned int j = 0; j < n; ++j)
-        EXPECT_EQ(conn(0, new_IDs[j]), j);
-    std::stable_sort(elements.begin(), elements.end(), [](const auto& a, const auto& b) {
-        return std::count(a.begin(), a.end(), none) > std::count(b.begin(), b.end(), none);
-    });
-    EXPECT_EQ(list(conn), elements);
-}
-
-} // namespace
 
 } // namespace kvx::zelvo::tests

