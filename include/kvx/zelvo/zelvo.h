@@ -10,6 +10,7 @@
 #include <kvx/zelvo/boundaries.h>
 #include <kvx/zelvo/bounding_box.h>
 #include <kvx/zelvo/degenerate_elements.h>
+#include <kvx/zelvo/edges.h>
 #include <kvx/zelvo/element_sorting.h>
 #include <kvx/zelvo/id_matching.h>
 #include <kvx/zelvo/neighbors.h>
