@@ -15,6 +15,7 @@
 #include <kvx/zelvo/id_matching.h>
 #include <kvx/zelvo/neighbors.h>
 #include <kvx/zelvo/node_detector.h>
+#include <kvx/zelvo/node_graph.h>
 #include <kvx/zelvo/node_indices.h>
 #include <kvx/zelvo/node_merging.h>
 #include <kvx/zelvo/simplification.h>
