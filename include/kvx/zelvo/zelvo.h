@@ -19,4 +19,5 @@
 #include <kvx/zelvo/node_indices.h>
 #include <kvx/zelvo/node_merging.h>
 #include <kvx/zelvo/simplification.h>
+#include <kvx/zelvo/subdomains.h>
 #include <kvx/zelvo/transforms.h>
