@@ -6,6 +6,7 @@
 #include <kvx/element_type.h>
 #include <kvx/fixed_size.h>
 #include <kvx/lapack.h>
+#include <kvx/misc/histogram.h>
 #include <kvx/ref_counted.h>
 #include <kvx/zelvo/boundaries.h>
 #include <kvx/zelvo/bounding_box.h>

@@ -1,0 +1,159 @@
+#include <cmath>
+#include <random>
+#include <stdexcept>
+
+#include "meshes.h"
+
+namespace kvx::zelvo::tests {
+
+namespace {
+
+using misc::histogram;
+
+const double inf = std::numeric_limits<double>::infinity();
+const double nan = std::numeric_limits<double>::quiet_NaN();
+
+dense1D<double> numbers(std::initializer_list<double> entries) {
+    dense1D<double> v(entries.size());
+    std::copy(entries.begin(), entries.end(), v.begin());
+    return v;
+}
+
+std::vector<std::uint64_t> counts(const histogram& h) {
+    std::vector<std::uint64_t> all;
+    for (std::uint64_t k = 0; k < h.bins(); ++k)
+        all.push_back(h.count_in(k));
+    return all;
+}
+
+} // namespace
+
+TEST(histogram, bins_are_half_open_but_the_last) {
+    const auto values = numbers({-0.1, 0, 0.24, 0.25, 0.5, 0.99, 1, 1.01, nan, -inf, inf});
+    for (histogram h : {histogram(0, 1, 4), histogram(numbers({0, 0.25, 0.5, 0.75, 1}))}) {
+        h.process(values);
+        EXPECT_EQ(counts(h), (std::vector<std::uint64_t>{2, 1, 1, 2}));
+        EXPECT_EQ(h.below(), 2u);
+        EXPECT_EQ(h.above(), 2u);
+        EXPECT_EQ(h.not_a_number(), 1u);
+        EXPECT_EQ(h.infinite(), 2u);
+        EXPECT_EQ(h.count(), 10u);
+        EXPECT_EQ(h.minimum(), -inf);
+        EXPECT_EQ(h.maximum(), inf);
+        EXPECT_NEAR(h.mean(), 3.89 / 8, 1e-15);
+        EXPECT_NEAR(h.standard_deviation(), 0.4313912812, 1e-10);
+    }
+}
+
+// Uniform bins are computed and general ones searched: both must agree with the limits, on the
+// limits themselves, next to them, and where differences overflow or limits are neighbours.
+TEST(histogram, every_value_lies_between_the_limits_of_its_bin) {
+    const histogram cases[] = {histogram(-1, 1, 30),
+                               histogram(0.1, 0.7, 1000),
+                               histogram(1e16, 1e16 + 40, 20),
+                               histogram(-1.7e308, 1.7e308, 7),
+                               histogram(0, 5e-323, 10),
+                               histogram(-1e-300, 3e-310, 9),
+                               histogram(numbers({-inf, 0, 1e-9, 5, inf}))};
+    for (const histogram& empty : cases) {
+        for (std::uint64_t i = 0; i <= empty.bins(); ++i) {
+            const double limit = empty.limit(i);
+            for (const double v :
+                 {std::nextafter(limit, -inf), limit, std::nextafter(limit, inf)}) {
+                histogram h = empty;
+                h.process(v);
+                std::uint64_t expected = 0;
+                while (expected + 1 < h.bins() && h.limit(expected + 1) <= v)
+                    ++expected;
+                const bool inside = v >= h.limit(0) && v <= h.limit(h.bins());
+                EXPECT_EQ(h.count_in(expected), inside) << v << " of limit " << limit;
+                EXPECT_EQ(h.below() + h.above(), !inside);
+            }
+        }
+    }
+}
+
+TEST(histogram, statistics_lose_nothing_to_large_values) {
+    histogram h(0, 1, 1);
+    for (int i = 0; i < 1000; ++i)
+        h.process(numbers({1e9 + 4, 1e9 + 7, 1e9 + 13, 1e9 + 16}));
+    EXPECT_NEAR(h.mean(), 1e9 + 10, 1e-5);
+    EXPECT_NEAR(h.standard_deviation(), std::sqrt(22.5), 1e-8);
+
+    histogram huge(0, 1, 1);
+    huge.process(numbers({1.5e308, -1.5e308, 1.5e308, -1.5e308}));
+    EXPECT_NEAR(huge.mean() / 1.5e308, 0, 1e-15);
+    EXPECT_EQ(huge.standard_deviation(), inf);
+
+    histogram empty(0, 1, 1);
+    EXPECT_TRUE(std::isnan(empty.mean()) && std::isnan(empty.standard_deviation()) &&
+                std::isnan(empty.minimum()) && std::isnan(empty.maximum()));
+}
+
+TEST(histogram, merging_equals_taking_all_values) {
+    std::mt19937 draw(3);
+    std::normal_distribution<double> value(1e6, 2);
+    histogram parts[] = {histogram(999990, 1000010, 8), histogram(999990, 1000010, 8),
+                         histogram(999990, 1000010, 8)};
+    histogram whole = parts[0];
+    for (int i = 0; i < 3000; ++i) {
+        const double v = i % 500 == 0 ? nan : value(draw);
+        parts[1 + (i % 7 == 0)].process(v);
+        whole.process(v);
+    }
+    // into an empty one, from a full one, from an empty one
+    const histogram empty = parts[0];
+    EXPECT_TRUE(parts[0].merge(parts[1]) && parts[0].merge(parts[2]) && parts[0].merge(empty));
+    EXPECT_EQ(counts(parts[0]), counts(whole));
+    EXPECT_EQ(parts[0].count(), whole.count());
+    EXPECT_EQ(parts[0].not_a_number(), whole.not_a_number());
+    EXPECT_EQ(parts[0].minimum(), whole.minimum());
+    EXPECT_EQ(parts[0].maximum(), whole.maximum());
+    EXPECT_NEAR(parts[0].mean(), whole.mean(), 1e-8);
+    EXPECT_NEAR(parts[0].standard_deviation(), whole.standard_deviation(), 1e-10);
+
+    EXPECT_TRUE(whole.merge(whole));
+    EXPECT_EQ(whole.count(), 2 * parts[0].count());
+    EXPECT_NEAR(whole.standard_deviation(), parts[0].standard_deviation(), 1e-10);
+    EXPECT_FALSE(whole.merge(histogram(999990, 1000010, 4)));
+    EXPECT_EQ(whole.count(), 2 * parts[0].count());
+}
+
+TEST(histogram, bad_limits_are_refused) {
+    for (const auto& limits : {numbers({}), numbers({1}), numbers({0, 1, 1}), numbers({1, 0}),
+                               numbers({0, nan}), numbers({nan, 1}), numbers({0, nan, 1})})
+        EXPECT_THROW(histogram{limits}, std::invalid_argument);
+    EXPECT_THROW(histogram(0, 1, 0), std::invalid_argument);
+    EXPECT_THROW(histogram(1, 1, 2), std::invalid_argument);
+    EXPECT_THROW(histogram(1, 0, 2), std::invalid_argument);
+    EXPECT_THROW(histogram(nan, 1, 2), std::invalid_argument);
+    EXPECT_THROW(histogram(0, inf, 2), std::invalid_argument);
+    EXPECT_THROW(histogram(1, std::nextafter(1, 2), 2), std::invalid_argument);
+    EXPECT_THROW(histogram(0, 1, ~std::uint64_t{0}), std::bad_alloc);
+}
+
+TEST(histogram, text) {
+    histogram h(-1, 1, 4);
+    h.process(numbers({-2, -1, 0.1, 0.2, 0.3, 0.7, 0.8, 0.9, 1, 1, 1, 1, 1, inf, nan}));
+    EXPECT_EQ(h.text(40), "       below  1   6.7% ##\n"
+                          "  -1 .. -0.5  1   6.7% ##\n"
+                          "-0.5 ..    0  0   0.0%\n"
+                          "   0 ..  0.5  3  20.0% ######\n"
+                          " 0.5 ..    1  8  53.3% #################\n"
+                          "       above  1   6.7% ##\n"
+                          "not a number  1   6.7% ##\n"
+                          "values              14\n"
+                          "infinite            1\n"
+                          "minimum             -2\n"
+                          "mean                0.384615\n"
+                          "maximum             inf\n"
+                          "standard deviation  0.883913\n");
+    // No room: bars of 10. All the room there is: 1000 columns. A lone value keeps its mark.
+    EXPECT_NE(h.text(0).find("53.3% ##########\n"), std::string::npos);
+    EXPECT_NE(h.text(~0u).find(std::string(977, '#') + '\n'), std::string::npos);
+    h.process(dense1D<double>(100000, 0.75));
+    EXPECT_NE(h.text(40).find("0.0% #\n"), std::string::npos);
+    EXPECT_NE(histogram(0, 1, 1).text().find("0 .. 1  0   0.0%\nvalues"), std::string::npos);
+}
+
+} // namespace kvx::zelvo::tests
