@@ -19,6 +19,7 @@
 #include <kvx/zelvo/node_graph.h>
 #include <kvx/zelvo/node_indices.h>
 #include <kvx/zelvo/node_merging.h>
+#include <kvx/zelvo/shape_qualities.h>
 #include <kvx/zelvo/simplification.h>
 #include <kvx/zelvo/subdomains.h>
 #include <kvx/zelvo/transforms.h>
