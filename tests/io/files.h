@@ -21,7 +21,7 @@ class scratch_file {
 public:
     explicit scratch_file(const std::string& content = {})
         : path_(std::filesystem::temp_directory_path() /
-                ("kvx_zelvo_test_" + std::to_string(getpid()))) {
+                ("kvx_zelvo_" + std::to_string(getpid()) + "_" + std::to_string(made_++))) {
         std::ofstream(path_, std::ios::binary) << content;
     }
     ~scratch_file() { std::filesystem::remove(path_); }
@@ -35,6 +35,7 @@ public:
     }
 
 private:
+    inline static int made_ = 0;
     std::filesystem::path path_;
 };
 

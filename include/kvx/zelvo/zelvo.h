@@ -24,3 +24,4 @@
 #include <kvx/zelvo/stl.h>
 #include <kvx/zelvo/subdomains.h>
 #include <kvx/zelvo/transforms.h>
+#include <kvx/zelvo/vtk.h>

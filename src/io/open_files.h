@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdio>
+#include <memory>
+
+namespace kvx::zelvo {
+
+/// fopen that takes a null name for a file that does not open. Files are always opened as binary
+/// ones, so that they have the same bytes on every system.
+inline std::FILE* open_file(const char* name, const char* mode) noexcept {
+    return name ? std::fopen(name, mode) : nullptr;
+}
+
+struct file_closer {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+/// A file that is closed on every path.
+using closing_file = std::unique_ptr<std::FILE, file_closer>;
+
+/// Where a writer opens its file before it checks its arguments, a rejected call leaves the file
+/// created, empty and open. That is part of the contract of these writers, since callers rely on
+/// the handle and the truncated file staying as they are; it takes a descriptor each time. Returns
+/// the code of the rejection.
+inline int leave_open([[maybe_unused]] std::FILE* file, int code) noexcept {
+    return code;
+}
+
+} // namespace kvx::zelvo

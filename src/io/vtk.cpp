@@ -1,0 +1,179 @@
+#include <kvx/zelvo/vtk.h>
+
+#include <algorithm>
+#include <array>
+
+#include <kvx/zelvo/node_indices.h>
+
+#include "foundation/appending.h"
+#include "foundation/matrix_range.h"
+#include "foundation/memory_guard.h"
+#include "foundation/reference_topology.h"
+#include "io/mixed_groups.h"
+#include "io/open_files.h"
+#include "io/text_writer.h"
+
+namespace kvx::zelvo {
+
+namespace {
+
+constexpr unsigned int poly_vertex = 2;
+constexpr unsigned int tetra = 10;
+
+/// Cell codes of the format by shape; 0 for none.
+constexpr std::array<unsigned int, 8> cell_codes = {0, 3, 5, 9, tetra, 14, 13, 12};
+
+void append_cells(const dense2D<unsigned int>& connectM, unsigned int code, std::uint64_t corners,
+                  dense1D<unsigned int>& cells, dense1D<unsigned int>& cell_types) {
+    const std::uint64_t rows = connectM.rows();
+    const std::uint64_t others = rows - corners;
+    const std::uint64_t cells_per_element = others > 0 ? 2 : 1;
+    appender<unsigned int> records(cells);
+    appender<unsigned int> codes(cell_types);
+    records.make_room((rows + cells_per_element) * connectM.cols());
+    codes.make_room(cells_per_element * connectM.cols());
+    for (std::uint64_t j = 0; j < connectM.cols(); ++j) {
+        const unsigned int* const nodes = &connectM(0, j);
+        codes.push(code);
+        records.push(static_cast<unsigned int>(corners));
+        const bool turned = code == tetra;
+        for (std::uint64_t i = 0; i < corners; ++i)
+            records.push(nodes[turned && i >= 2 ? 5 - i : i]);
+        if (others == 0) continue;
+        codes.push(poly_vertex);
+        records.push(static_cast<unsigned int>(others));
+        for (std::uint64_t i = corners; i < rows; ++i)
+            records.push(nodes[i]);
+    }
+}
+
+void write_points(text_writer& out, const dense2D<double>& pos) {
+    out.text("\nPOINTS ");
+    out.number(pos.cols());
+    out.text(" double\n");
+    for (std::uint64_t j = 0; j < pos.cols(); ++j) {
+        const double* const x = &pos(0, j);
+        out.fixed(x[0]);
+        out.text(" ");
+        out.fixed(x[1]);
+        out.text(" ");
+        out.fixed(pos.rows() == 3 ? x[2] : 0.0);
+        out.text("\n");
+    }
+}
+
+void write_cells(text_writer& out, unsigned int ncells, const dense1D<unsigned int>& cells) {
+    out.text("\nCELLS ");
+    out.number(ncells);
+    out.text(" ");
+    out.number(cells.size());
+    out.text("\n");
+    const unsigned int* entry = cells.begin();
+    // the counts are the caller's, so the end of the records bounds them
+    for (unsigned int cell = 0; cell < ncells && entry != cells.end(); ++cell) {
+        const auto left = static_cast<std::uint64_t>(cells.end() - entry);
+        const std::uint64_t length = std::min<std::uint64_t>(left, std::uint64_t{1} + *entry);
+        for (const unsigned int* const end = entry + length; entry != end; ++entry) {
+            out.number(*entry);
+            out.text(" ");
+        }
+        out.text("\n");
+    }
+}
+
+void write_cell_types(text_writer& out, const dense1D<unsigned int>& cell_types) {
+    out.text("\nCELL_TYPES ");
+    out.number(cell_types.size());
+    out.text("\n");
+    for (const unsigned int code : cell_types) {
+        out.number(code);
+        out.text("\n");
+    }
+}
+
+int check_range(const dense2D<double>& pos, const dense2D<unsigned int>* first,
+                const dense2D<unsigned int>* last, const dense1D<int>& FEs) {
+    if (pos.rows() != 2 && pos.rows() != 3) return -2;
+    if (is_reversed(first, last)) return -4;
+    if (static_cast<std::uint64_t>(last - first) != FEs.size()) return -5;
+    for (std::uint64_t i = 0; i < FEs.size(); ++i) {
+        if (!check_IDs(first[i], static_cast<element_type>(FEs[i]), index_bound(pos.cols())))
+            return -3;
+    }
+    return 0;
+}
+
+} // namespace
+
+int vtk_convert(const dense2D<unsigned int>& connectM, element_type FE, unsigned int& ncells,
+                dense1D<unsigned int>& cells, dense1D<unsigned int>& cell_types) noexcept {
+    if (!check_IDs(connectM, FE, no_node)) return -1;
+    const shape corners = traits_of(FE).corners;
+    if (corners == shape::none) return -2;
+    const unsigned int corner_count = topology_of(corners).corner_count;
+    if (corner_count > connectM.rows()) return -1;
+    return guarded([&] {
+        const dense2D<unsigned int> source(connectM); // keeps shared storage as it is
+        const std::uint64_t before = cell_types.size();
+        append_cells(source, cell_codes[static_cast<unsigned>(corners)], corner_count, cells,
+                     cell_types);
+        ncells += static_cast<unsigned int>(cell_types.size() - before);
+        return 0;
+    });
+}
+
+int vtk_output(std::FILE* stream, const dense2D<double>& pos, unsigned int ncells,
+               const dense1D<unsigned int>& cells,
+               const dense1D<unsigned int>& cell_types) noexcept {
+    if (!stream) return -1;
+    if (pos.rows() != 2 && pos.rows() != 3) return -2;
+    text_writer out(stream);
+    out.text("# vtk DataFile Version 2.0\n"
+             "Generated by KVX Zelvo(TM).\n"
+             "ASCII\n"
+             "DATASET UNSTRUCTURED_GRID\n");
+    write_points(out, pos);
+    write_cells(out, ncells, cells);
+    write_cell_types(out, cell_types);
+    return 0;
+}
+
+int vtk_output(const char* filename, const dense2D<double>& pos,
+               const dense2D<unsigned int>* connect_begin, const dense2D<unsigned int>* connect_end,
+               const dense1D<int>& FEs) noexcept {
+    std::FILE* const file = open_file(filename, "wb");
+    if (!file) return -1;
+    unsigned int ncells = 0;
+    dense1D<unsigned int> cells, cell_types;
+    const int code = guarded([&] {
+        const int rejection = check_range(pos, connect_begin, connect_end, FEs);
+        if (rejection != 0) return rejection;
+        for (const element_group& group : split_mixed(connect_begin, connect_end, FEs)) {
+            const int refusal = vtk_convert(group.connectM, group.kind, ncells, cells, cell_types);
+            if (refusal != 0) return refusal;
+        }
+        return 0;
+    });
+    if (code != 0 && code != out_of_memory) return leave_open(file, code);
+    const closing_file closing(file);
+    return code != 0 ? code : vtk_output(file, pos, ncells, cells, cell_types);
+}
+
+int vtk_output(const char* filename, const dense2D<double>& pos,
+               const dense2D<unsigned int>& connectM, element_type FE) noexcept {
+    return guarded(
+        [&] { return vtk_output(filename, pos, &connectM, &connectM + 1, dense1D<int>(1, FE)); });
+}
+
+int vtk_output(const char* filename, const dense2D<double>& pos,
+               const dense2D<unsigned int>& connectM1, const dense2D<unsigned int>& connectM2,
+               element_type FE1, element_type FE2) noexcept {
+    return guarded([&] {
+        const std::array<dense2D<unsigned int>, 2> matrices = {connectM1, connectM2};
+        dense1D<int> FEs(2, FE1);
+        FEs[1] = FE2;
+        return vtk_output(filename, pos, matrices.data(), matrices.data() + 2, FEs);
+    });
+}
+
+} // namespace kvx::zelvo
