@@ -1,0 +1,486 @@
+#include <kvx/zelvo/stl.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <numeric>
+#include <string_view>
+
+#include <kvx/zelvo/degenerate_elements.h>
+#include <kvx/zelvo/node_indices.h>
+#include <kvx/zelvo/node_merging.h>
+#include <kvx/zelvo/simplification.h>
+
+#include "foundation/memory_guard.h"
+#include "io/open_files.h"
+#include "io/text_reader.h"
+#include "io/text_writer.h"
+
+namespace kvx::zelvo {
+
+namespace {
+
+using point = std::array<double, 3>;
+using triangle = std::array<point, 3>;
+
+// The binary form, little-endian: header, number of facets, facets of a normal, three vertices
+// (32-bit floats) and a 16-bit attribute.
+constexpr std::size_t header_size = 80;
+constexpr std::size_t preamble_size = header_size + 4;
+constexpr std::size_t facet_size = 50;
+constexpr std::size_t vertices_offset = 12;
+
+/// Part of the smallest height up to which nodes are taken for one.
+constexpr double merging_part = 0.05;
+
+// ---- geometry
+
+point difference(const point& a, const point& b) {
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+
+point cross(const point& a, const point& b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
+double length(const point& a) {
+    return std::sqrt(a[0] * a[0] + a[1] * a[1] + a[2] * a[2]);
+}
+
+/// The vector times the power of two that brings its largest component near 1, so that products of
+/// very long or short vectors stay numbers. Exact.
+point scaled(const point& a) {
+    const double largest = std::max({std::abs(a[0]), std::abs(a[1]), std::abs(a[2])});
+    if (!(largest > 0.0) || !std::isfinite(largest)) return a;
+    const int exponent = -std::ilogb(largest);
+    return {std::ldexp(a[0], exponent), std::ldexp(a[1], exponent), std::ldexp(a[2], exponent)};
+}
+
+/// 0 where the corners have no plane or are no finite numbers.
+point unit_normal(const triangle& t) {
+    const point n = cross(scaled(difference(t[1], t[0])), scaled(difference(t[2], t[0])));
+    const double size = length(n);
+    if (!(size > 0.0) || !std::isfinite(size)) return {0.0, 0.0, 0.0};
+    return {n[0] / size, n[1] / size, n[2] / size};
+}
+
+/// Distance of p to the line through a and b; 0 where these are one point.
+double height(const point& p, const point& a, const point& b) {
+    const point base = difference(b, a);
+    const double base_length = length(base);
+    return base_length == 0.0 ? 0.0 : length(cross(difference(p, a), base)) / base_length;
+}
+
+/// Smallest height of a triangle; 0 unless all three are positive, as they are not where a
+/// coordinate is no finite number.
+double smallest_height(const triangle& t) {
+    const double h0 = height(t[0], t[1], t[2]);
+    const double h1 = height(t[1], t[2], t[0]);
+    const double h2 = height(t[2], t[0], t[1]);
+    return h0 > 0.0 && h1 > 0.0 && h2 > 0.0 ? std::min({h0, h1, h2}) : 0.0;
+}
+
+triangle corners_of(const dense2D<double>& pos, const unsigned int* nodes) {
+    triangle t;
+    for (unsigned k = 0; k < 3; ++k) {
+        const double* const x = &pos(0, nodes[k]);
+        t[k] = {x[0], x[1], pos.rows() == 3 ? x[2] : 0.0};
+    }
+    return t;
+}
+
+// ---- writing
+
+void write_ascii_vector(text_writer& out, std::string_view keyword, const point& x) {
+    out.text(keyword);
+    for (const double component : x) {
+        out.text(" ");
+        out.scientific(component);
+    }
+    out.text("\n");
+}
+
+void write_ascii_facet(text_writer& out, const triangle& t) {
+    write_ascii_vector(out, "   facet normal", unit_normal(t));
+    out.text("      outer loop\n");
+    for (const point& vertex : t)
+        write_ascii_vector(out, "         vertex", vertex);
+    out.text("      endloop\n"
+             "   endfacet\n");
+}
+
+char* put_bytes(char* out, std::uint32_t value) {
+    for (int shift = 0; shift < 32; shift += 8)
+        *out++ = static_cast<char>(value >> shift);
+    return out;
+}
+
+/// The nearest float; beyond its range infinity, where a plain conversion is undefined.
+float to_float(double x) {
+    constexpr double largest = std::numeric_limits<float>::max();
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    if (x > largest) return infinity;
+    if (x < -largest) return -infinity;
+    return static_cast<float>(x);
+}
+
+void write_binary_facet(text_writer& out, const triangle& t) {
+    std::array<char, facet_size> bytes{};
+    char* at = bytes.data();
+    const auto put_point = [&at](const point& x) {
+        for (const double component : x)
+            at = put_bytes(at, std::bit_cast<std::uint32_t>(to_float(component)));
+    };
+    put_point(unit_normal(t));
+    for (const point& vertex : t)
+        put_point(vertex);
+    out.text({bytes.data(), bytes.size()});
+}
+
+template <class WriteFacet>
+void write_facets(text_writer& out, const dense2D<double>& pos,
+                  const dense2D<unsigned int>& connectM, WriteFacet&& write_facet) {
+    if (connectM.empty()) return; // columns without rows hold no facet
+    for (std::uint64_t j = 0; j < connectM.cols() && !out.failed(); ++j)
+        write_facet(out, corners_of(pos, &connectM(0, j)));
+}
+
+void write_ascii(text_writer& out, const dense2D<double>& pos,
+                 const dense2D<unsigned int>& connectM) {
+    out.text("solid KVX\n");
+    write_facets(out, pos, connectM, write_ascii_facet);
+    out.text("endsolid KVX\n");
+}
+
+void write_binary(text_writer& out, const dense2D<double>& pos,
+                  const dense2D<unsigned int>& connectM) {
+    constexpr std::string_view title = "KVX STL Binary";
+    std::array<char, preamble_size> preamble{};
+    std::copy(title.begin(), title.end(), preamble.begin());
+    put_bytes(preamble.data() + header_size,
+              connectM.empty() ? 0 : static_cast<std::uint32_t>(connectM.cols()));
+    out.text({preamble.data(), preamble.size()});
+    write_facets(out, pos, connectM, write_binary_facet);
+}
+
+// ---- reading
+
+std::uint32_t get_bytes(const char* bytes) {
+    std::uint32_t value = 0;
+    for (int k = 3; k >= 0; --k)
+        value = value << 8 | static_cast<unsigned char>(bytes[k]);
+    return value;
+}
+
+/// Size of a regular file, 0 for anything else.
+std::uint64_t regular_file_size(const char* filename) {
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(filename, error);
+    return error ? 0 : size;
+}
+
+std::uint64_t whole_facets(std::uint64_t file_size) {
+    return file_size < preamble_size ? 0 : (file_size - preamble_size) / facet_size;
+}
+
+/// A source of facets: start() reads what comes before them and tells whether it is there, next()
+/// the vertices of one, skip_ending() what a well-formed file has behind them. position() is the
+/// end of what was understood.
+class ascii_facets {
+public:
+    explicit ascii_facets(text_reader& in)
+        : in_(in) {}
+
+    bool start() { return in_.skip_line(); }
+    std::uint64_t announced() const { return 0; }
+    bool next(triangle& t) {
+        point normal;
+        in_.skip_blanks();
+        understood_ = in_.position();
+        return vector(" facet normal ", normal) && in_.skip_line() && vector(" vertex ", t[0]) &&
+               vector(" vertex ", t[1]) && vector(" vertex ", t[2]) && in_.skip_line() &&
+               in_.skip_line();
+    }
+    void skip_ending() {
+        if (in_.position() != understood_ || !in_.literal("endsolid")) return;
+        in_.skip_line();
+        in_.skip_blanks();
+        understood_ = in_.position();
+    }
+    std::uint64_t understood() const { return understood_; }
+
+private:
+    /// Keyword, three numbers and the white space behind them.
+    bool vector(std::string_view keyword, point& x) {
+        const bool complete =
+            in_.literal(keyword) && in_.number(x[0]) && in_.number(x[1]) && in_.number(x[2]);
+        in_.skip_blanks();
+        return complete;
+    }
+
+    text_reader& in_;
+    std::uint64_t understood_ = 0;
+};
+
+class binary_facets {
+public:
+    explicit binary_facets(text_reader& in)
+        : in_(in) {}
+
+    bool start() {
+        const char* const preamble = in_.bytes(preamble_size);
+        if (preamble) left_ = announced_ = get_bytes(preamble + header_size);
+        return preamble != nullptr;
+    }
+    std::uint64_t announced() const { return announced_; }
+    bool next(triangle& t) {
+        const char* at = left_ > 0 ? in_.bytes(facet_size) : nullptr;
+        if (!at) return false;
+        --left_;
+        at += vertices_offset;
+        for (point& vertex : t) {
+            for (double& x : vertex) {
+                x = std::bit_cast<float>(get_bytes(at));
+                at += sizeof(float);
+            }
+        }
+        return true;
+    }
+    void skip_ending() {}
+    std::uint64_t understood() const { return in_.position(); }
+
+private:
+    text_reader& in_;
+    std::uint64_t announced_ = 0;
+    std::uint64_t left_ = 0;
+};
+
+/// Gathers facets as columns of coordinates, three nodes a facet. Room doubles; what is filled in
+/// advance is a small step only, so that the memory in use follows the facets that are there.
+class facet_nodes {
+public:
+    facet_nodes(dense2D<double>& pos, std::uint64_t expected)
+        : pos_(pos) {
+        if (expected > 0) need(pos_.reserve(3, 3 * expected));
+        reserved_ = expected;
+    }
+
+    void push(const triangle& t) {
+        if (count_ == room_) make_room();
+        double* x = pos_.data() + 9 * count_++;
+        for (const point& vertex : t)
+            x = std::copy(vertex.begin(), vertex.end(), x);
+    }
+    /// Cuts off the room that was not used; returns the number of facets.
+    std::uint64_t finish() {
+        if (count_ == 0) {
+            pos_.clear();
+        } else {
+            need(pos_.resize(3, 3 * count_));
+        }
+        return count_;
+    }
+
+private:
+    void make_room() {
+        constexpr std::uint64_t step = 1024;
+        // every node needs an index below no_node
+        if (3 * (room_ + step) >= no_node) throw std::bad_alloc();
+        room_ += step;
+        if (room_ > reserved_) {
+            reserved_ = std::max(room_, 2 * reserved_);
+            need(pos_.reserve(3, 3 * reserved_));
+        }
+        need(pos_.resize(3, 3 * room_));
+    }
+
+    dense2D<double>& pos_;
+    std::uint64_t count_ = 0;
+    std::uint64_t room_ = 0;
+    std::uint64_t reserved_ = 0;
+};
+
+/// Reads facets, 3 nodes each; false when what comes before them is not there.
+template <class Source>
+bool read_facets(Source source, std::uint64_t most_expected, dense2D<double>& pos,
+                 dense2D<unsigned int>& connectM, STL_report& report, std::uint64_t& understood) {
+    if (!source.start()) return false;
+    report.announced_facets = source.announced();
+    facet_nodes nodes(pos, std::min(source.announced(), most_expected));
+    for (triangle t; source.next(t);)
+        nodes.push(t);
+    report.facets = nodes.finish();
+    source.skip_ending();
+    understood = source.understood();
+    if (report.facets == 0) return true;
+    need(connectM.resize(3, report.facets));
+    std::iota(connectM.data(), connectM.data() + 3 * report.facets, 0u);
+    return true;
+}
+
+bool read_file(std::FILE* file, bool ascii, std::uint64_t file_size, bool to_the_end,
+               dense2D<double>& pos, dense2D<unsigned int>& connectM, STL_report& report) {
+    text_reader in(file);
+    std::uint64_t understood = 0;
+    const std::uint64_t most = whole_facets(file_size);
+    const bool started =
+        ascii ? read_facets(ascii_facets(in), most, pos, connectM, report, understood)
+              : read_facets(binary_facets(in), most, pos, connectM, report, understood);
+    if (started && to_the_end) {
+        in.skip_rest();
+        report.unread_bytes = in.position() - understood;
+    }
+    return started;
+}
+
+/// Smallest positive height of all triangles; the largest double where there is none.
+double smallest_positive_height(const dense2D<double>& pos, const dense2D<unsigned int>& connectM) {
+    double smallest = std::numeric_limits<double>::max();
+    for (std::uint64_t j = 0; j < connectM.cols(); ++j) {
+        const double h = smallest_height(corners_of(pos, &connectM(0, j)));
+        if (h > 0.0 && h < smallest) smallest = h;
+    }
+    return smallest;
+}
+
+int clean(dense2D<double>& pos, dense2D<unsigned int>& connectM, STL_report& report) {
+    dense1D<unsigned int> new_IDs;
+    const int merged = merge(pos, connectM, new_IDs, report.tolerance, 0);
+    if (merged < 0) return merged;
+    const int removed = remove_degenerated(connectM, new_IDs, true);
+    if (removed < 0) return removed;
+    new_IDs.clear_hard();
+    const int dropped = simplify(pos, connectM, 0);
+    if (dropped < 0) return dropped;
+    pos.copy(pos); // gives back the room of the nodes that are gone; without memory it stays
+    report.merged_nodes = static_cast<std::uint64_t>(merged);
+    report.removed_elements = static_cast<std::uint64_t>(removed);
+    report.removed_nodes = static_cast<std::uint64_t>(dropped);
+    return 0;
+}
+
+/// STL_input; counts the bytes that were not understood when it reads to the end, which a device
+/// may not have.
+int input(const char* filename, dense2D<double>& pos, dense2D<unsigned int>& connectM, bool ascii,
+          double tolerance, bool to_the_end, STL_report& report) {
+    const closing_file file(open_file(filename, "rb"));
+    if (!file) return -1;
+    const std::uint64_t size = regular_file_size(filename);
+    if (!read_file(file.get(), ascii, size, to_the_end, pos, connectM, report)) return -1;
+    if (std::isnan(tolerance)) {
+        const double smallest = smallest_positive_height(pos, connectM);
+        if (smallest == std::numeric_limits<double>::max()) return count_result(connectM.cols());
+        tolerance = merging_part * smallest;
+    }
+    report.tolerance = tolerance;
+    const int code = clean(pos, connectM, report);
+    return code < 0 ? code : count_result(connectM.cols());
+}
+
+int guarded_input(const char* filename, dense2D<double>& pos, dense2D<unsigned int>& connectM,
+                  bool ascii, double tolerance, bool to_the_end, STL_report& report) noexcept {
+    pos.clear();
+    connectM.clear();
+    report = {};
+    const int code = guarded(
+        [&] { return input(filename, pos, connectM, ascii, tolerance, to_the_end, report); });
+    if (code < 0) {
+        pos.clear_hard();
+        connectM.clear_hard();
+    }
+    return code;
+}
+
+// ---- telling the form
+
+bool is_control(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7F;
+}
+
+bool is_text(std::string_view bytes) {
+    return std::none_of(bytes.begin(), bytes.end(),
+                        [](char c) { return is_control(c) && !is_blank(c); });
+}
+
+/// Whether text begins with "solid" in any case, after white space.
+bool begins_solid(std::string_view text) {
+    constexpr std::string_view keyword = "solid";
+    text.remove_prefix(static_cast<std::size_t>(
+        std::find_if_not(text.begin(), text.end(), is_blank) - text.begin()));
+    return text.size() >= keyword.size() &&
+           std::equal(keyword.begin(), keyword.end(), text.begin(),
+                      [](char lower, char c) { return c == lower || c == lower - 'a' + 'A'; });
+}
+
+/// Whether a header is printable text padded with NULs or blanks.
+bool is_title(std::string_view header) {
+    header = header.substr(0, header.find_last_not_of(std::string_view("\0 ", 2)) + 1);
+    return std::none_of(header.begin(), header.end(), is_control);
+}
+
+STL_format format_of(std::string_view beginning, std::uint64_t size) {
+    const bool has_preamble = beginning.size() >= preamble_size;
+    const std::uint64_t announced = has_preamble ? get_bytes(beginning.data() + header_size) : 0;
+    if (has_preamble && size == preamble_size + announced * facet_size) return STL_format::binary;
+    if (is_text(beginning)) // so no other text passes for a cut binary file
+        return begins_solid(beginning) ? STL_format::ascii : STL_format::unknown;
+    const bool facets_as_announced = announced == 0 || whole_facets(size) > 0;
+    if (has_preamble && is_title(beginning.substr(0, header_size)) && facets_as_announced)
+        return STL_format::binary;
+    return STL_format::unknown;
+}
+
+} // namespace
+
+int STL_output(const char* filename, const dense2D<double>& pos,
+               const dense2D<unsigned int>& connectM, bool ascii) noexcept {
+    std::FILE* const file = open_file(filename, "wb");
+    if (!file) return -1;
+    if (pos.rows() != 2 && pos.rows() != 3) return leave_open(file, -2);
+    if (!check_IDs(connectM, ET_TRIA3, index_bound(pos.cols()))) return leave_open(file, -3);
+    text_writer out(file);
+    if (ascii) {
+        write_ascii(out, pos, connectM);
+    } else {
+        write_binary(out, pos, connectM);
+    }
+    const bool written = out.flush();
+    const bool closed = std::fclose(file) == 0;
+    return written && closed ? 0 : -1;
+}
+
+int STL_input(const char* filename, dense2D<double>& pos, dense2D<unsigned int>& connectM,
+              bool ascii) noexcept {
+    STL_report report;
+    constexpr double derived = std::numeric_limits<double>::quiet_NaN();
+    return guarded_input(filename, pos, connectM, ascii, derived, false, report);
+}
+
+int STL_input(const char* filename, dense2D<double>& pos, dense2D<unsigned int>& connectM,
+              bool ascii, double tolerance, STL_report& report) noexcept {
+    return guarded_input(filename, pos, connectM, ascii, tolerance, true, report);
+}
+
+STL_format STL_detect(const char* filename) noexcept {
+    constexpr std::size_t sample_size = 4096;
+    STL_format format = STL_format::unreadable;
+    guarded([&] {
+        std::error_code error;
+        if (!filename || !std::filesystem::is_regular_file(filename, error)) return 0;
+        const closing_file file(open_file(filename, "rb"));
+        if (!file) return 0;
+        std::array<char, sample_size> sample;
+        const std::size_t n = std::fread(sample.data(), 1, sample.size(), file.get());
+        if (!std::ferror(file.get()))
+            format = format_of({sample.data(), n}, regular_file_size(filename));
+        return 0;
+    });
+    return format;
+}
+
+} // namespace kvx::zelvo

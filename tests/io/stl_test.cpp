@@ -1,0 +1,272 @@
+#include <bit>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <thread>
+
+#include <sys/stat.h>
+
+#include "io/files.h"
+#include "meshes.h"
+
+namespace kvx::zelvo::tests {
+namespace {
+
+// Two facets that share an edge:
+//
+//   2 --- 3
+//   | \   |
+//   0 --- 1
+const dense2D<double> square = points({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}});
+const dense2D<unsigned int> facets = columns({{0, 1, 2}, {2, 1, 3}});
+const dense2D<unsigned int> one_facet = columns({{0, 1, 2}});
+
+std::string written(const dense2D<double>& pos, const dense2D<unsigned int>& conn, bool ascii) {
+    const scratch_file file;
+    EXPECT_EQ(STL_output(file, pos, conn, ascii), 0);
+    return file.content();
+}
+
+/// What reading a file gives; the plain form must give the same.
+struct reading {
+    dense2D<double> pos{2, 5};
+    dense2D<unsigned int> conn{7, 1};
+    STL_report report;
+    int result;
+
+    reading(const char* file, bool ascii, double tolerance = NAN)
+        : result(STL_input(file, pos, conn, ascii, tolerance, report)) {
+        dense2D<double> plain(2, 5);
+        if (!std::isnan(tolerance)) return;
+        EXPECT_EQ(STL_input(file, plain, conn, ascii), result);
+        EXPECT_EQ(plain.cols(), pos.cols());
+    }
+};
+reading read_text(const std::string& content, bool ascii = true, double tolerance = NAN) {
+    return {scratch_file(content), ascii, tolerance};
+}
+
+std::string with_count(std::string binary, std::uint32_t count) {
+    for (std::size_t k = 0; k < 4; ++k)
+        binary[80 + k] = static_cast<char>(count >> 8 * k);
+    return binary;
+}
+
+TEST(StlOutput, WritesAsciiTextUnderAnyLocale) {
+    const comma_locale commas;
+    const dense2D<double> flat = strided(points({{0, 0}, {1, 0}, {0, 1}}), 7.0);
+    EXPECT_EQ(written(flat, strided(one_facet, 9u), true), R"(solid KVX
+   facet normal 0.000000e+00 0.000000e+00 1.000000e+00
+      outer loop
+         vertex 0.000000e+00 0.000000e+00 0.000000e+00
+         vertex 1.000000e+00 0.000000e+00 0.000000e+00
+         vertex 0.000000e+00 1.000000e+00 0.000000e+00
+      endloop
+   endfacet
+endsolid KVX
+)");
+    EXPECT_EQ(written(square, dense2D<unsigned int>(0, 4), true), "solid KVX\nendsolid KVX\n");
+}
+
+TEST(StlOutput, WritesBinaryBytes) {
+    const float inf = std::numeric_limits<float>::infinity();
+    std::string expected =
+        std::string("KVX STL Binary") + std::string(66, '\0') + std::string("\1\0\0\0", 4);
+    for (const float x : {0.f, 0.f, 1.f, 0.f, 0.f, 0.f, 2.f, 0.f, 0.f, 0.f, inf, 0.f})
+        expected.append(std::bit_cast<std::array<char, 4>>(x).data(), 4);
+    const std::string bytes = written(points({{0, 0}, {2, 0}, {0, 1e300}}), one_facet, false);
+    EXPECT_EQ(bytes, expected + std::string(2, '\0'));
+}
+
+TEST(StlOutput, NormalsAreUnitVectorsOrZero) {
+    const auto normal = [](const std::vector<double>& p1, const std::vector<double>& p2) {
+        const std::string text = written(points({{0, 0, 0}, p1, p2}), one_facet, true);
+        return text.substr(text.find("normal") + 7,
+                           text.find("      outer") - text.find("normal") - 7);
+    };
+    const std::string zero = "0.000000e+00 0.000000e+00 0.000000e+00\n";
+    EXPECT_EQ(normal({1e-200, 0, 0}, {0, 1e-200, 1e-200}),
+              "0.000000e+00 -7.071068e-01 7.071068e-01\n");
+    EXPECT_EQ(normal({1e200, 0, 0}, {0, 0, -1e-200}), "-0.000000e+00 1.000000e+00 0.000000e+00\n");
+    EXPECT_EQ(normal({1, 2, 3}, {2, 4, 6}), zero);
+    EXPECT_EQ(normal({0, 0, 0}, {1, 1, 1}), zero);
+    EXPECT_EQ(normal({INFINITY, 0, 0}, {0, NAN, 0}), zero);
+}
+
+TEST(StlOutput, RejectedCallsLeaveAnEmptyFileOpenAndFailedWritesAClosedOne) {
+    const scratch_file file("old content");
+    const auto before = open_descriptors();
+    EXPECT_EQ(STL_output(file, dense2D<double>(4, 4), columns({{0, 1, 9}}), true), -2);
+    EXPECT_EQ(STL_output(file, square, columns({{0, 1, 4}}), true), -3);
+    EXPECT_EQ(STL_output(file, square, columns({{0, 1, 2, 3}}), false), -3);
+    EXPECT_EQ(file.content(), "");
+    for (const char* name : {static_cast<const char*>(nullptr), "/nowhere/file.stl", "/dev/full"}) {
+        EXPECT_EQ(STL_output(name, square, facets, true), -1);
+        EXPECT_EQ(STL_output(name, square, facets, false), -1);
+    }
+    EXPECT_EQ(open_descriptors(), before + 3);
+}
+
+TEST(StlInput, SharesNodesAgain) {
+    for (const bool ascii : {true, false}) {
+        const reading r = read_text(written(square, facets, ascii), ascii);
+        EXPECT_EQ(r.result, 2);
+        EXPECT_EQ(list(r.pos), list(square));
+        EXPECT_EQ(list(r.conn), list(facets));
+        EXPECT_EQ(r.report.announced_facets, ascii ? 0u : 2u);
+        EXPECT_EQ(r.report.merged_nodes, 2u);
+        EXPECT_EQ(r.report.removed_nodes, 2u);
+        EXPECT_NEAR(r.report.tolerance, 0.05 * std::sqrt(0.5), 1e-15);
+    }
+}
+
+TEST(StlInput, CleansByTheSmallestPositiveHeightOrAsTold) {
+    // the square and a triangle of height 0.01 below it
+    const dense2D<double> pos =
+        points({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {0.5, -0.01, 0}});
+    const std::string sliver = written(pos, columns({{0, 1, 2}, {2, 1, 3}, {1, 0, 4}}), true);
+    EXPECT_NEAR(read_text(sliver).report.tolerance, 0.0005, 1e-15);
+    const reading welded = read_text(sliver, true, 0.6);
+    EXPECT_EQ(welded.result, 2);
+    EXPECT_EQ(welded.report.removed_elements, 1u);
+    EXPECT_EQ(read_text(sliver, true, -1.0).result, -5);
+    EXPECT_TRUE(read_text(sliver, true, -1.0).pos.empty());
+    // facets without area or with a coordinate that is no finite number do not count; alone they
+    // stay as they are
+    for (const double x : {0.0, 0.5, double{NAN}, double{INFINITY}}) {
+        const dense2D<double> line = points({{0, 0, 0}, {1, 0, 0}, {x, 0, 0}, {3, 4, 0}});
+        EXPECT_EQ(list(read_text(written(line, columns({{0, 1, 2}, {0, 0, 1}}), true)).conn),
+                  list(columns({{0, 1, 2}, {3, 4, 5}})));
+        const reading both = read_text(written(line, columns({{0, 1, 2}, {0, 1, 3}}), true));
+        EXPECT_NEAR(both.report.tolerance, 0.05 * 4 / 5, 1e-15) << x;
+    }
+}
+
+TEST(StlInput, StopsAtTheLastWholeFacet) {
+    const std::string ascii = written(square, facets, true);
+    const std::size_t second = ascii.find("   facet", 20), end = ascii.find("endsolid");
+    const std::size_t last_line = std::string("   endfacet\n").size();
+    for (std::size_t n = 1; n <= ascii.size(); ++n) {
+        // the last line of a facet may say anything: its first character does
+        const int whole = (n > second - last_line) + (n > end - last_line);
+        ASSERT_EQ(read_text(ascii.substr(0, n)).result, whole) << n;
+    }
+    const std::string binary = written(square, facets, false);
+    for (std::size_t n = 0; n <= binary.size(); ++n) {
+        const reading r = read_text(binary.substr(0, n), false);
+        ASSERT_EQ(r.result, n < 84 ? -1 : static_cast<int>(n - 84) / 50) << n;
+        ASSERT_EQ(r.report.unread_bytes, n < 84 ? 0 : (n - 84) % 50) << n;
+    }
+}
+
+TEST(StlInput, ReadsTheAsciiFormAsItIsScanned) {
+    const auto facet = [](const std::string& name, const std::string& vertex) {
+        return name + " 0 0 1\nloop\n" + vertex + " 0 0 0 " + vertex + "+1 0 -0.e0\r\n" + vertex +
+               " 0\n\n1 0 endloop\nendfacet\n";
+    };
+    const std::string good = facet("facet normal", "vertex"), line(300000, 's'), nul(1, '\0');
+    const auto expect = [](const std::string& text, int whole, std::uint64_t unread) {
+        const reading r = read_text(text);
+        EXPECT_EQ(r.result, whole) << text.substr(0, 99);
+        EXPECT_EQ(r.report.unread_bytes, unread) << text.substr(0, 99);
+    };
+    const comma_locale commas;
+    expect(line + nul + "\n" + good + "endsolid\n \r\n", 1, 0);
+    expect(std::string("\n") + facet("\t facet\n\nnormal", "\v vertex") + "  endsolid a b", 1, 0);
+    expect("s\n" + good + good + "endsolid\nsolid\n" + good, 2, 6 + good.size());
+    expect(std::string("s\n") + facet("FACET NORMAL", "vertex"), 0, good.size());
+    expect(std::string("s\n") + facet("facetnormal", "VERTEX"), 0, good.size() - 1);
+    expect("s\n" + good + "facet normal 0 0\n", 1, 17);
+    expect("s\nfacet normal nan inf 1e999\n" + good.substr(good.find("loop")), 1, 0);
+    expect("s\nfacet normal 0 0 x\n" + good, 0, 19 + good.size());
+}
+
+TEST(StlInput, RefusesWhatIsNoFileAndBelievesNoCount) {
+    const scratch_file empty;
+    const auto before = open_descriptors();
+    for (const char* name : {static_cast<const char*>(nullptr), "/nowhere/file.stl", "/tmp",
+                             static_cast<const char*>(empty)}) {
+        EXPECT_EQ(reading(name, true).result, -1);
+        EXPECT_EQ(reading(name, false).result, -1);
+        EXPECT_EQ(reading(name, false).pos.rows(), 0u);
+    }
+    const std::string one = written(square, one_facet, false);
+    EXPECT_EQ(read_text(with_count(one, 0xFFFFFFFFu), false).result, 1);
+    EXPECT_EQ(read_text(with_count(one, 0), false).report.unread_bytes, 50u);
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST(StlInput, ReadsAPipe) {
+    const scratch_file pipe;
+    std::filesystem::remove(static_cast<const char*>(pipe));
+    ASSERT_EQ(mkfifo(pipe, 0600), 0);
+    EXPECT_EQ(STL_detect(pipe), STL_format::unreadable) << "and does not wait for a writer";
+    dense2D<unsigned int> fan(3, 5000); // more than one step of the reader
+    for (unsigned int j = 0; j < fan.cols(); ++j)
+        for (unsigned int i = 0; i < 3; ++i)
+            fan(i, j) = i;
+    for (const bool ascii : {true, false}) {
+        std::thread writer([&] { EXPECT_EQ(STL_output(pipe, square, fan, ascii), 0); });
+        const reading r(pipe, ascii, 0.0);
+        writer.join();
+        EXPECT_EQ(r.result, 5000);
+        EXPECT_EQ(list(r.pos), list(square.sub_matrix(0, 0, 3, 3)));
+    }
+}
+
+TEST(StlDetect, TellsTheFormBySizeAndContent) {
+    const std::string binary = written(square, facets, false), zero = with_count(binary, 0);
+    const std::string solid = "solid of steel" + binary.substr(14), nuls(200, '\0');
+    const auto expect = [](STL_format format, const std::string& content) {
+        EXPECT_EQ(STL_detect(scratch_file(content)), format)
+            << content.substr(0, 14) << content.size();
+    };
+    for (const std::string& text : {written(square, facets, true), std::string(" \r\n\tSOLID")})
+        expect(STL_format::ascii, text);
+    for (const std::string& bytes :
+         {binary, solid, solid + '\n', binary.substr(0, 134), zero, zero.substr(0, 84)})
+        expect(STL_format::binary, bytes);
+    for (const std::string& other : {std::string(), "soli" + std::string(500, 'v'),
+                                     "\x89PNG\n\x1a" + nuls, "\n" + solid, binary.substr(0, 133)})
+        expect(STL_format::unknown, other);
+    for (const char* name : {static_cast<const char*>(nullptr), "/nowhere", "/tmp", "/dev/zero"})
+        EXPECT_EQ(STL_detect(name), STL_format::unreadable);
+}
+
+TEST(StlInput, ReadsRealFiles) {
+    const char* const folder = std::getenv("KVX_ZELVO_MESHES");
+    if (!folder) GTEST_SKIP() << "KVX_ZELVO_MESHES names no folder of real meshes";
+    const struct {
+        const char* name;
+        std::uint64_t facets, points, removed, unread;
+    } files[] = {{"closed-solid-header-binary.stl", 8700, 4350, 0, 0},
+                 {"bunny-holes-binary.stl", 69451, 34834, 0, 0},
+                 {"nonmanifold-binary.stl", 2000, 1042, 0, 0},
+                 // of 35386 different points 10 lie within the tolerance of another one
+                 {"ribcage-duplicates-binary.stl", 73960, 35376, 0, 0},
+                 // 56 facets use a point twice and are removed
+                 {"spider-degenerate-ascii.stl", 1368, 722, 56, 0},
+                 // the last of 288 facets is in upper case
+                 {"uppercase-ascii.stl", 287, 144, 0, 210},
+                 {"crlf-leading-blank-ascii.stl", 12, 8, 0, 0},
+                 // the second solid, 20 facets and 12 points, is not read
+                 {"two-solids-crlf-ascii.stl", 12, 8, 0, 5115},
+                 {"solid-header-extra-byte-binary.stl", 288, 144, 0, 1},
+                 // cut in the 59th and in the 12th facet
+                 {"truncated-binary.stl", 58, 40, 0, 16},
+                 {"truncated-ascii.stl", 11, 11, 0, 95},
+                 {"turbine-blade-199k-binary.stl", 199034, 99519, 0, 0}};
+    for (const auto& f : files) {
+        const std::string path = std::string(folder) + '/' + f.name;
+        const bool ascii = path.find("ascii") != std::string::npos;
+        ASSERT_EQ(STL_detect(path.c_str()), ascii ? STL_format::ascii : STL_format::binary) << path;
+        const reading r(path.c_str(), ascii);
+        EXPECT_EQ(r.result, f.facets - f.removed) << path;
+        EXPECT_EQ(r.report.facets, f.facets) << path;
+        EXPECT_EQ(r.pos.cols(), f.points) << path;
+        EXPECT_EQ(r.report.unread_bytes, f.unread) << path;
+    }
+}
+
+} // namespace
+} // namespace kvx::zelvo::tests
