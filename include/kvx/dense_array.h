@@ -260,8 +260,10 @@ public:
         const std::uint64_t kept_rows = std::min(rows, rows_);
         const std::uint64_t kept_cols = std::min(cols, cols_);
         if ((rows > rows_ || cols > cols_) && !make_room(rows, cols)) return false;
-        for (std::uint64_t j = 0; j < kept_cols; ++j)
-            std::fill(column(j) + kept_rows, column(j) + rows, v);
+        if (rows > kept_rows) {
+            for (std::uint64_t j = 0; j < kept_cols; ++j)
+                std::fill(column(j) + kept_rows, column(j) + rows, v);
+        }
         if (rows > 0) {
             for (std::uint64_t j = kept_cols; j < cols; ++j)
                 std::fill_n(column(j), rows, v);
