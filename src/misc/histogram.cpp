@@ -89,9 +89,10 @@ std::string bar_chart(const std::vector<row>& rows, std::uint64_t total, std::si
         const double part = static_cast<double>(r.count) / static_cast<double>(largest);
         auto marks = static_cast<std::size_t>(std::lround(part * static_cast<double>(room)));
         if (r.count > 0 && marks == 0) marks = 1;
-        text += padded(r.label, label_width) + "  " + padded(std::to_string(r.count), count_width) +
-                " " + padded(share(r.count, total), share_width);
-        if (marks > 0) text += " " + std::string(marks, '#');
+        text += padded(r.label, label_width);
+        text += padded(std::to_string(r.count), 2 + count_width);
+        text += padded(share(r.count, total), 1 + share_width);
+        if (marks > 0) text.append(1, ' ').append(marks, '#');
         text += '\n';
     }
     return text;

@@ -1,0 +1,71 @@
+#include <kvx/zelvo/node_detector.h>
+
+#include "benchmark_sizes.h"
+#include "generated_meshes.h"
+
+namespace {
+
+using namespace kvx;
+using namespace kvx::zelvo;
+using namespace kvx::zelvo::bench;
+
+constexpr std::uint64_t queries = 10'000;
+
+struct searched_points {
+    explicit searched_points(benchmark::State& state)
+        : pos(points(static_cast<cloud>(state.range(1)),
+                     static_cast<std::uint64_t>(state.range(0))))
+        , targets(points(at_random, queries)) {
+        state.SetLabel(cloud_names[state.range(1)]);
+    }
+    vector_fixed<double, 3> target(std::uint64_t i, double shift = 0) const {
+        return {targets(0, i) + shift, targets(1, i) + shift, targets(2, i) + shift};
+    }
+
+    dense2D<double> pos;
+    dense2D<double> targets;
+};
+
+void build(benchmark::State& state) {
+    const searched_points searched(state);
+    for (auto _ : state) {
+        node_detector detector;
+        if (failed(state, detector.reinit(searched.pos))) return;
+        benchmark::DoNotOptimize(detector.size());
+    }
+    per_item(state, searched.pos.cols());
+}
+BENCHMARK(build)->Apply(doubling_clouds);
+
+void find_closest(benchmark::State& state) {
+    const searched_points searched(state);
+    const node_detector detector(searched.pos);
+    for (auto _ : state) {
+        for (std::uint64_t i = 0; i < queries; ++i)
+            benchmark::DoNotOptimize(detector.find_closest(searched.target(i)));
+    }
+    per_item(state, queries);
+}
+BENCHMARK(find_closest)->Apply(doubling_clouds);
+
+/// Boxes that hold about 8 nodes of the random cloud.
+void find_in_box(benchmark::State& state) {
+    const searched_points searched(state);
+    const node_detector detector(searched.pos);
+    const double edge = std::cbrt(8 / double(searched.pos.cols()));
+    dense1D<unsigned int> found;
+    for (auto _ : state) {
+        for (std::uint64_t i = 0; i < queries; ++i) {
+            found.resize(0);
+            detector.find_in_box(searched.target(i), searched.target(i, edge), found);
+            benchmark::DoNotOptimize(found.data());
+        }
+    }
+    per_item(state, queries);
+}
+// All nodes in one place: every box holds none of them, or all.
+BENCHMARK(find_in_box)->Apply(doubling_clouds);
+
+} // namespace
+
+BENCHMARK_MAIN();
