@@ -7,16 +7,21 @@
 
 namespace kvx::zelvo::bench {
 
-/// Sizes that double from 10 thousand to 2.56 million items; the growth of time over them is fitted
-/// and named with each benchmark.
+constexpr std::int64_t smallest_size = 10'000;
+constexpr std::int64_t largest_size = 2'560'000;
+
+/// Sizes that double; the growth of time over them is fitted and named with each benchmark.
 inline void doubling_sizes(benchmark::internal::Benchmark* b) {
-    b->RangeMultiplier(2)->Range(10'000, 2'560'000)->Unit(benchmark::kMillisecond)->Complexity();
+    for (std::int64_t n = smallest_size; n <= largest_size; n *= 2)
+        b->Arg(n);
+    b->Unit(benchmark::kMillisecond)->Complexity();
 }
 
-/// The same for each of the four ways to scatter points, the second argument.
+/// The same for each of the four ways to scatter points, the second argument; no fit, as it would
+/// run over all four.
 inline void doubling_clouds(benchmark::internal::Benchmark* b) {
     for (int kind = 0; kind < 4; ++kind) {
-        for (std::int64_t n = 10'000; n <= 2'560'000; n *= 2)
+        for (std::int64_t n = smallest_size; n <= largest_size; n *= 2)
             b->Args({n, kind});
     }
     b->Unit(benchmark::kMillisecond);

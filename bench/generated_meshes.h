@@ -1,12 +1,14 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <random>
 #include <utility>
 
-#include <kvx/zelvo/zelvo.h>
+#include <kvx/dense_array.h>
+#include <kvx/element_type.h>
 
 /// Meshes of any size for the benchmarks. Everything random comes from a fixed seed, so runs on
 /// different days and machines measure the same mesh.
@@ -33,11 +35,12 @@ inline std::array<double, 3> bumpy_point(double t, double u) {
             radius * std::cos(theta)};
 }
 
-/// A closed bumpy sphere of about `facets` triangles that share their nodes: rings of latitude
-/// between two poles, twice as many nodes on a ring as there are rings.
+/// A closed bumpy sphere of `facets` triangles or a few more that share their nodes: rings of
+/// latitude between two poles, twice as many nodes on a ring as there are rings.
 inline mesh bumpy_sphere(std::uint64_t facets) {
+    const double exact_rings = (1 + std::sqrt(1.0 + double(facets))) / 2;
     const auto rings =
-        static_cast<std::uint64_t>(std::ceil((1 + std::sqrt(1.0 + double(facets))) / 2)) + 1;
+        std::max<std::uint64_t>(2, static_cast<std::uint64_t>(std::ceil(exact_rings)));
     const std::uint64_t around = 2 * rings;
     const std::uint64_t south = 1 + (rings - 1) * around;
     mesh m;
@@ -108,7 +111,7 @@ enum cloud : int { on_surface, at_random, on_lattice, all_equal };
 constexpr const char* cloud_names[] = {"surface", "random", "lattice", "equal"};
 
 inline dense2D<double> points(cloud kind, std::uint64_t n) {
-    if (kind == on_surface) return facet_soup(bumpy_sphere(n / 3)).pos.sub_matrix(0, 0, 3, n);
+    if (kind == on_surface) return facet_soup(bumpy_sphere(n / 3 + 1)).pos.sub_matrix(0, 0, 3, n);
     dense2D<double> pos(3, n, 0.5);
     if (kind == all_equal) return pos;
     std::mt19937_64 draw(seed);

@@ -48,7 +48,7 @@ void find_closest(benchmark::State& state) {
 }
 BENCHMARK(find_closest)->Apply(doubling_clouds);
 
-/// Boxes that hold about 8 nodes of the random cloud.
+/// Boxes that hold 8 nodes on average; where all lie in one place, a rare box holds all of them.
 void find_in_box(benchmark::State& state) {
     const searched_points searched(state);
     const node_detector detector(searched.pos);
@@ -63,7 +63,6 @@ void find_in_box(benchmark::State& state) {
     }
     per_item(state, queries);
 }
-// All nodes in one place: every box holds none of them, or all.
 BENCHMARK(find_in_box)->Apply(doubling_clouds);
 
 } // namespace
