@@ -1,0 +1,53 @@
+#include "output.h"
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+json as_json(const spread& values) {
+    return {{"min", values.min}, {"mean", values.mean}, {"max", values.max}};
+}
+
+json as_json(const std::array<spread, 3>& box) {
+    return {{"min", {box[0].min, box[1].min, box[2].min}},
+            {"max", {box[0].max, box[1].max, box[2].max}}};
+}
+
+json as_json(const kvx::misc::histogram& values) {
+    json bins = json::array();
+    for (std::uint64_t k = 0; k < values.bins(); ++k) {
+        bins.push_back({{"lower", values.limit(k)},
+                        {"upper", values.limit(k + 1)},
+                        {"count", values.count_in(k)}});
+    }
+    return {{"min", values.minimum()},
+            {"mean", values.mean()},
+            {"max", values.maximum()},
+            {"bins", std::move(bins)}};
+}
+
+} // namespace
+
+std::string as_json(const surface_report& report) {
+    const json object = {
+        {"file", report.file},
+        {"format", report.ascii ? "stl-ascii" : "stl-binary"},
+        {"facets", report.facets},
+        {"nodes", report.nodes},
+        {"elements", report.elements},
+        {"merged_nodes", report.merged_nodes},
+        {"removed_elements", report.removed_elements},
+        {"tolerance", report.tolerance},
+        {"subdomains", report.subdomains},
+        {"free_edges", report.free_edges},
+        {"non_manifold_edges", report.non_manifold_edges},
+        {"degenerate_elements", report.degenerate_elements},
+        {"bounding_box", as_json(report.box)},
+        {"edge_length", as_json(report.edge_length)},
+        {"shape_quality", as_json(report.shape_quality)},
+        {"unread_bytes", report.unread_bytes},
+    };
+    return object.dump(2, ' ', false, json::error_handler_t::replace) + '\n';
+}
