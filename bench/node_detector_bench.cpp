@@ -9,12 +9,11 @@ using namespace kvx;
 using namespace kvx::zelvo;
 using namespace kvx::zelvo::bench;
 
-constexpr std::uint64_t queries = 10'000;
-
 struct searched_points {
     explicit searched_points(benchmark::State& state)
         : pos(points(static_cast<cloud>(state.range(1)),
                      static_cast<std::uint64_t>(state.range(0))))
+        , queries(state.range(1) == all_equal ? 100 : 10'000)
         , targets(points(at_random, queries)) {
         state.SetLabel(cloud_names[state.range(1)]);
     }
@@ -23,6 +22,7 @@ struct searched_points {
     }
 
     dense2D<double> pos;
+    std::uint64_t queries; ///< fewer where each of them meets all nodes
     dense2D<double> targets;
 };
 
@@ -41,10 +41,10 @@ void find_closest(benchmark::State& state) {
     const searched_points searched(state);
     const node_detector detector(searched.pos);
     for (auto _ : state) {
-        for (std::uint64_t i = 0; i < queries; ++i)
+        for (std::uint64_t i = 0; i < searched.queries; ++i)
             benchmark::DoNotOptimize(detector.find_closest(searched.target(i)));
     }
-    per_item(state, queries);
+    per_item(state, searched.queries);
 }
 BENCHMARK(find_closest)->Apply(doubling_clouds);
 
@@ -55,13 +55,13 @@ void find_in_box(benchmark::State& state) {
     const double edge = std::cbrt(8 / double(searched.pos.cols()));
     dense1D<unsigned int> found;
     for (auto _ : state) {
-        for (std::uint64_t i = 0; i < queries; ++i) {
+        for (std::uint64_t i = 0; i < searched.queries; ++i) {
             found.resize(0);
             detector.find_in_box(searched.target(i), searched.target(i, edge), found);
             benchmark::DoNotOptimize(found.data());
         }
     }
-    per_item(state, queries);
+    per_item(state, searched.queries);
 }
 BENCHMARK(find_in_box)->Apply(doubling_clouds);
 

@@ -24,7 +24,8 @@ void merge_soup(benchmark::State& state) {
 }
 BENCHMARK(merge_soup)->Apply(doubling_sizes);
 
-/// Merges a list of nodes: 0 of them, all of them or, on the lattice, every pair at the tolerance.
+/// Merges a list of nodes: five of six on the surface, none at random, all but one where they are
+/// equal; on the lattice every edge is a pair at the tolerance.
 void merge_points(benchmark::State& state) {
     const auto n = static_cast<std::uint64_t>(state.range(0));
     const auto kind = static_cast<cloud>(state.range(1));
