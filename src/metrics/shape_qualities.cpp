@@ -7,6 +7,7 @@
 #include "foundation/element_columns.h"
 #include "foundation/matrix_range.h"
 #include "foundation/memory_guard.h"
+#include "foundation/memory_overlap.h"
 #include "metrics/shape_formulas.h"
 
 namespace kvx::zelvo {
@@ -102,11 +103,11 @@ void rate(const dense2D<double>& pos, const dense2D<unsigned int>& conn, element
     if (pos.rows() == 3) rate_columns<3>(pos, conn, kind, values);
 }
 
-/// Gives Q n values, which fill(values) writes while it reads pos. Where the two share storage the
-/// values are gathered apart first.
+/// Gives Q n values, which fill(values) writes while it reads pos. Where the two overlap the values
+/// are gathered apart first.
 template <class Fill>
 void fill_values(const dense2D<double>& pos, std::uint64_t n, dense1D<double>& Q, Fill&& fill) {
-    if (!pos.shares_storage(Q)) {
+    if (!overlap(memory_run(pos), memory_run(Q))) {
         need(Q.resize(n));
         fill(Q.data());
         return;

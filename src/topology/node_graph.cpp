@@ -8,6 +8,7 @@
 #include <kvx/zelvo/node_indices.h>
 
 #include "foundation/memory_guard.h"
+#include "foundation/memory_overlap.h"
 #include "topology/compressed_lists.h"
 
 namespace kvx::zelvo {
@@ -119,7 +120,7 @@ int get_ancestors(const dense2D<unsigned int>& connectM,
         list_offset(source.cols());
         if (ancestors.empty()) {
             need(ancestors.resize(std::uint64_t{max_ID(source)} + 1, no_node));
-        } else if (source.shares_storage(ancestors)) {
+        } else if (overlap(memory_run(source), memory_run(ancestors))) {
             need(source.copy(connectM)); // else elements are written over nodes not read yet
         }
         unsigned int* const ancestor = ancestors.data();

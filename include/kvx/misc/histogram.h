@@ -45,7 +45,7 @@ public:
     /// Adds what the other one has taken: counts are as if this one had taken the other's values
     /// too; mean and deviation agree with that to rounding (T. F. Chan, G. H. Golub, R. J. LeVeque,
     /// The American Statistician 37, 1983). Returns false, with nothing changed, when the limits
-    /// differ in any bit. Linear in the number of bins.
+    /// are not all equal. Linear in the number of bins.
     bool merge(const histogram& other) noexcept;
 
     /// Number of bins.

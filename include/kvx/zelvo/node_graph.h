@@ -14,10 +14,9 @@ namespace kvx::zelvo {
 /// Finds an element of every node: the last one that holds it.
 ///
 /// connectM    node indices, one column per element
-/// ancestors   when empty, sized to M + 1 entries; else used as it stands: nodes beyond its size
-/// are
-///             ignored, entries of nodes that no element holds stay. A new entry of such a node is
-///             no_node
+/// ancestors   when empty, sized to M + 1 entries of no_node; else used as it stands: nodes beyond
+///             its size are ignored. Entries of nodes that no element holds stay. May be a view of
+///             the elements of connectM
 ///
 /// Returns 0, at once for a connectM without entries; -199, with ancestors untouched, when memory
 /// runs out or connectM has more than 4294967295 columns. Linear.
@@ -28,7 +27,7 @@ KVX_ZELVO_API int get_ancestors(const dense2D<unsigned int>& connectM,
 ///
 /// offsets    replaced: M + 2 entries (2 when all entries are no_node), [0] for a connectM without
 ///            entries
-/// elements   replaced: the element lists
+/// elements   replaced: the element lists. Both outputs may be views of connectM's elements
 ///
 /// Returns 0; -199, with both outputs empty, when memory runs out or the lists would be longer than
 /// 4294967295. Linear.
