@@ -21,21 +21,6 @@ dense1D<double> numbers(std::initializer_list<double> entries) {
 
 } // namespace
 
-TEST(histogram, bins_are_half_open_but_the_last) {
-    const auto values = numbers({-0.1, 0, 0.24, 0.25, 0.5, 0.99, 1, 1.01, nan, -inf, inf});
-    for (histogram h : {histogram(0, 1, 4), histogram(numbers({0, 0.25, 0.5, 0.75, 1}))}) {
-        h.process(values);
-        const std::uint64_t counts[] = {
-            h.below(), h.count_in(0), h.count_in(1), h.count_in(2),    h.count_in(3),
-            h.above(), h.count(),     h.infinite(),  h.not_a_number(), h.bins()};
-        EXPECT_THAT(counts, ::testing::ElementsAre(2, 2, 1, 1, 2, 2, 10, 2, 1, 4));
-        EXPECT_EQ(h.minimum(), -inf);
-        EXPECT_EQ(h.maximum(), inf);
-        EXPECT_NEAR(h.mean(), 3.89 / 8, 1e-15);
-        EXPECT_NEAR(h.standard_deviation(), 0.4313912812, 1e-10);
-    }
-}
-
 // Uniform bins are computed and general ones searched: both must agree with the limits, on the
 // limits themselves, next to them, and where differences overflow or limits are neighbours.
 TEST(histogram, every_value_lies_between_the_limits_of_its_bin) {
@@ -107,9 +92,14 @@ TEST(histogram, bad_limits_are_refused) {
     EXPECT_THROW(histogram(0, 1, ~std::uint64_t{0}), std::bad_alloc);
 }
 
-TEST(histogram, text) {
-    histogram h(-1, 1, 4);
-    h.process(numbers({-2, -1, 0.1, 0.2, 0.3, 0.7, 0.8, 0.9, 1, 1, 1, 1, 1, inf, nan}));
+TEST(histogram, text_and_what_it_tells) {
+    histogram h(-1, 1, 4), of_limits(numbers({-1, -0.5, 0, 0.5, 1}));
+    for (histogram* one : {&h, &of_limits})
+        one->process(numbers({-2, -1, 0.1, 0.2, 0.3, 0.7, 0.8, 0.9, 1, 1, 1, 1, 1, inf, nan}));
+    EXPECT_EQ(of_limits.text(), h.text());
+    const std::uint64_t counts[] = {h.count(), h.infinite(), h.not_a_number(), h.bins()};
+    EXPECT_THAT(counts, ::testing::ElementsAre(14, 1, 1, 4));
+    EXPECT_TRUE(h.minimum() == -2 && h.maximum() == inf);
     EXPECT_EQ(h.text(40), "       below  1   6.7% ##\n"
                           "  -1 .. -0.5  1   6.7% ##\n"
                           "-0.5 ..    0  0   0.0%\n"
