@@ -78,7 +78,7 @@ void walk_graph(const dense2D<unsigned int>& conn, const compressed& elements,
 }
 
 compressed node_graph(const dense2D<unsigned int>& conn) {
-    const compressed elements = elements_by_node(conn);
+    compressed elements = elements_by_node(conn);
     if (conn.empty()) return elements;
     compressed graph;
     need(graph.offsets.resize(elements.offsets.size()));
