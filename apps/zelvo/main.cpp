@@ -55,6 +55,11 @@ bool same_file(const struct stat& a, const struct stat& b) {
     return S_ISREG(a.st_mode) && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+/// An empty argument would pass for the number 0, or for a file of no name.
+std::string not_empty(const std::string& argument) {
+    return argument.empty() ? "an empty argument" : "";
+}
+
 /// What is wrong with arguments that are well-formed; empty when nothing is.
 std::string objection(const arguments& given, bool has_tolerance, bool has_vtk) {
     if (has_tolerance && !(given.tolerance >= 0 && std::isfinite(given.tolerance)))
@@ -111,13 +116,16 @@ int run(int argc, char** argv) {
     CLI::App* const report = app.add_subcommand(
         "report", "Reads an STL surface, welds its nodes, removes what collapsed and measures it.");
     report->footer(exit_codes);
-    report->add_option("FILE", given.file, "ASCII or binary STL file")->required();
-    const CLI::Option* const tolerance = report->add_option(
+    CLI::Option* const file =
+        report->add_option("FILE", given.file, "ASCII or binary STL file")->required();
+    CLI::Option* const tolerance = report->add_option(
         "--tolerance", given.tolerance,
         "Distance up to which nodes are welded, in the units of the file; without it a twentieth "
         "of the smallest height of a facet");
-    const CLI::Option* const vtk =
+    CLI::Option* const vtk =
         report->add_option("--vtk", given.vtk, "Writes the welded surface as a legacy VTK file");
+    for (CLI::Option* const option : {file, tolerance, vtk})
+        option->check(not_empty);
     report->add_flag("--json", given.json, "Prints the report as a JSON object");
 
     try {

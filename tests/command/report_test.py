@@ -173,6 +173,7 @@ class Failures(Command):
                 ("other.stl", ["report", file, "other.stl"]), ("--vtk", ["report", file, "--vtk"]),
                 *(("tolerance", ["report", file, "--tolerance=" + t])
                   for t in ("-1", "nan", "inf", "1e999", "x", "")),
+                *(("empty", ["report", *a]) for a in ([""], [file, "--vtk", ""], [file, "--tolerance", ""])),
                 ("replace the STL file", ["report", file, "--vtk", file])):
             with self.subTest(arguments):
                 self.assert_fails(2, culprit, *arguments)
