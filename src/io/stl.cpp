@@ -4,7 +4,6 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <filesystem>
 #include <limits>
 #include <numeric>
@@ -363,10 +362,17 @@ int clean(dense2D<double>& pos, dense2D<unsigned int>& connectM, STL_report& rep
     return 0;
 }
 
-/// STL_input; counts the bytes that were not understood when it reads to the end, which a device
-/// may not have.
+/// Devices such as /dev/zero may have no end, nor a line of theirs.
+bool is_device(const char* filename) {
+    std::error_code error;
+    return filename && std::filesystem::is_character_file(filename, error);
+}
+
+/// STL_input; counts the bytes that were not understood when it reads to the end, for which a pipe
+/// may keep it waiting.
 int input(const char* filename, dense2D<double>& pos, dense2D<unsigned int>& connectM, bool ascii,
           double tolerance, bool to_the_end, STL_report& report) {
+    if (is_device(filename)) return -1;
     const closing_file file(open_file(filename, "rb"));
     if (!file) return -1;
     const std::uint64_t size = regular_file_size(filename);

@@ -185,7 +185,7 @@ TEST(StlInput, RefusesWhatIsNoFileAndBelievesNoCount) {
     const scratch_file empty;
     const auto before = open_descriptors();
     for (const char* name : {static_cast<const char*>(nullptr), "/nowhere/file.stl", "/tmp",
-                             static_cast<const char*>(empty)}) {
+                             "/dev/zero", static_cast<const char*>(empty)}) {
         EXPECT_EQ(reading(name, true).result, -1);
         EXPECT_EQ(reading(name, false).result, -1);
         EXPECT_EQ(reading(name, false).pos.rows(), 0u);

@@ -35,11 +35,14 @@ KVX_ZELVO_API int STL_output(const char* filename, const dense2D<double>& pos,
 ///
 /// Reading stops without an error at the first facet that is not complete. In ASCII files the first
 /// line, whatever it says, is skipped; "facet normal" and "vertex" are lower case, with any white
-/// space around and between the words; the lines between may hold any text; "nan" and "inf" are
-/// numbers. So facets behind the first solid are not read. Numbers are read with '.' under every
-/// locale. Binary files end after the number of facets that they announce.
+/// space around and between the words; the lines between may hold any text. So facets behind the
+/// first solid are not read. Lines have any length. Numbers are decimal, with '.' under every
+/// locale, or "nan" or "inf" in any case. Binary files end after the number of facets that they
+/// announce.
 ///
-/// filename   file, or a pipe; memory follows what it holds, not what it announces
+/// filename   file, or a pipe, which may keep the call waiting; memory follows what it holds, not
+///            what it announces. A character device may have no end and counts as one that does
+///            not open
 /// pos        replaced: 3 rows, one column per node
 /// connectM   replaced: 3 rows, one column per triangle
 /// ascii      the form of the file (see STL_detect)

@@ -18,8 +18,7 @@ namespace kvx::zelvo {
 /// the order 0, 1, 3, 2, since VTK orients them the other way.
 ///
 /// connectM     node indices, one column per element; rows beyond those of a linear kind are
-/// written
-///              as poly-vertices too
+///              written as poly-vertices too
 /// FE           ET_BAR2 to ET_HEXA27 but not a mixed kind
 /// ncells       increased by the number of cells
 /// cells        appended to: number of nodes and node indices of each cell
