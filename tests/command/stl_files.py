@@ -31,20 +31,17 @@ def ascii(facets):
 
 def write_bumpy_sphere(path, rings):
     """A sphere with bumps: 2 rings (rings - 1) + 2 points, 4 rings (rings - 1) facets, shuffled."""
-    turns = 2 * rings
-    points = []
-    for i in range(rings + 1):
-        for j in range(turns):
-            t, p = math.pi * i / rings, math.pi * j / rings
-            r = 1.0 + 0.05 * math.sin(7 * t) * math.cos(5 * p) if 0 < i < rings else 1.0
-            s = math.sin(t) if 0 < i < rings else 0.0
-            points.append(struct.pack("<3f", r * s * math.cos(p), r * s * math.sin(p), r * math.cos(t)))
+    def point(i, j):
+        t, p = math.pi * i / rings, math.pi * (j % (2 * rings)) / rings
+        s = math.sin(t) if 0 < i < rings else 0.0
+        r = 1.0 + 0.05 * s * math.sin(7 * t) * math.cos(5 * p)
+        return struct.pack("<3f", r * s * math.cos(p), r * s * math.sin(p), r * math.cos(t))
+
     facets = []
     for i in range(rings):
-        for j in range(turns):
-            a, b = points[i * turns + j], points[i * turns + (j + 1) % turns]
-            c, d = points[(i + 1) * turns + j], points[(i + 1) * turns + (j + 1) % turns]
-            facets += [a + c + d] if i == 0 else [a + c + b] if i == rings - 1 else [a + c + d, a + d + b]
+        for j in range(2 * rings):
+            a, b, c, d = point(i, j), point(i, j + 1), point(i + 1, j), point(i + 1, j + 1)
+            facets += [a + c + d] * (i < rings - 1) + [a + d + b] * (i > 0)
     random.Random(1).shuffle(facets)
     with open(path, "wb") as file:
         file.write(bytes(80) + struct.pack("<I", len(facets)))

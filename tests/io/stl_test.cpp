@@ -1,7 +1,5 @@
 #include <bit>
 #include <cmath>
-#include <cstdlib>
-#include <limits>
 #include <thread>
 
 #include <sys/stat.h>
@@ -46,10 +44,8 @@ reading read_text(const std::string& content, bool ascii = true, double toleranc
     return {scratch_file(content), ascii, tolerance};
 }
 
-std::string with_count(std::string binary, std::uint32_t count) {
-    for (std::size_t k = 0; k < 4; ++k)
-        binary[80 + k] = static_cast<char>(count >> 8 * k);
-    return binary;
+std::string with_count(std::string binary, const char* four_bytes) {
+    return binary.replace(80, 4, four_bytes, 4);
 }
 
 TEST(StlOutput, WritesAsciiTextUnderAnyLocale) {
@@ -69,28 +65,25 @@ endsolid KVX
 }
 
 TEST(StlOutput, WritesBinaryBytes) {
-    const float inf = std::numeric_limits<float>::infinity();
-    std::string expected =
-        std::string("KVX STL Binary") + std::string(66, '\0') + std::string("\1\0\0\0", 4);
-    for (const float x : {0.f, 0.f, 1.f, 0.f, 0.f, 0.f, 2.f, 0.f, 0.f, 0.f, inf, 0.f})
+    std::string expected = "KVX STL Binary" + std::string(66, '\0') + std::string("\1\0\0\0", 4);
+    for (const float x : {0.f, 0.f, 1.f, 0.f, 0.f, 0.f, 2.f, 0.f, 0.f, 0.f, INFINITY, 0.f})
         expected.append(std::bit_cast<std::array<char, 4>>(x).data(), 4);
-    const std::string bytes = written(points({{0, 0}, {2, 0}, {0, 1e300}}), one_facet, false);
-    EXPECT_EQ(bytes, expected + std::string(2, '\0'));
+    EXPECT_EQ(written(points({{0, 0}, {2, 0}, {0, 1e300}}), one_facet, false),
+              expected + std::string(2, '\0'));
 }
 
 TEST(StlOutput, NormalsAreUnitVectorsOrZero) {
-    const auto normal = [](const std::vector<double>& p1, const std::vector<double>& p2) {
-        const std::string text = written(points({{0, 0, 0}, p1, p2}), one_facet, true);
-        return text.substr(text.find("normal") + 7,
-                           text.find("      outer") - text.find("normal") - 7);
-    };
-    const std::string zero = "0.000000e+00 0.000000e+00 0.000000e+00\n";
-    EXPECT_EQ(normal({1e-200, 0, 0}, {0, 1e-200, 1e-200}),
-              "0.000000e+00 -7.071068e-01 7.071068e-01\n");
-    EXPECT_EQ(normal({1e200, 0, 0}, {0, 0, -1e-200}), "-0.000000e+00 1.000000e+00 0.000000e+00\n");
-    EXPECT_EQ(normal({1, 2, 3}, {2, 4, 6}), zero);
-    EXPECT_EQ(normal({0, 0, 0}, {1, 1, 1}), zero);
-    EXPECT_EQ(normal({INFINITY, 0, 0}, {0, NAN, 0}), zero);
+    const std::string zero = "0.000000e+00 0.000000e+00 0.000000e+00";
+    const struct {
+        std::vector<double> p1, p2;
+        std::string normal;
+    } cases[] = {{{1e-200, 0, 0}, {0, 1e-200, 1e-200}, "0.000000e+00 -7.071068e-01 7.071068e-01"},
+                 {{1e200, 0, 0}, {0, 0, -1e-200}, "-0.000000e+00 1.000000e+00 0.000000e+00"},
+                 {{1, 2, 3}, {2, 4, 6}, zero},
+                 {{INFINITY, 0, 0}, {0, NAN, 0}, zero}};
+    for (const auto& c : cases)
+        EXPECT_THAT(written(points({{0, 0, 0}, c.p1, c.p2}), one_facet, true),
+                    testing::HasSubstr(" normal " + c.normal + "\n"));
 }
 
 TEST(StlOutput, RejectedCallsLeaveAnEmptyFileOpenAndFailedWritesAClosedOne) {
@@ -100,10 +93,9 @@ TEST(StlOutput, RejectedCallsLeaveAnEmptyFileOpenAndFailedWritesAClosedOne) {
     EXPECT_EQ(STL_output(file, square, columns({{0, 1, 4}}), true), -3);
     EXPECT_EQ(STL_output(file, square, columns({{0, 1, 2, 3}}), false), -3);
     EXPECT_EQ(file.content(), "");
-    for (const char* name : {static_cast<const char*>(nullptr), "/nowhere/file.stl", "/dev/full"}) {
-        EXPECT_EQ(STL_output(name, square, facets, true), -1);
-        EXPECT_EQ(STL_output(name, square, facets, false), -1);
-    }
+    for (const char* name : {static_cast<const char*>(nullptr), "/nowhere/file.stl", "/dev/full"})
+        for (const bool ascii : {true, false})
+            EXPECT_EQ(STL_output(name, square, facets, ascii), -1);
     EXPECT_EQ(open_descriptors(), before + 3);
 }
 
@@ -116,7 +108,6 @@ TEST(StlInput, SharesNodesAgain) {
         EXPECT_EQ(r.report.announced_facets, ascii ? 0u : 2u);
         EXPECT_EQ(r.report.merged_nodes, 2u);
         EXPECT_EQ(r.report.removed_nodes, 2u);
-        EXPECT_NEAR(r.report.tolerance, 0.05 * std::sqrt(0.5), 1e-15);
     }
 }
 
@@ -126,11 +117,10 @@ TEST(StlInput, CleansByTheSmallestPositiveHeightOrAsTold) {
         points({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {0.5, -0.01, 0}});
     const std::string sliver = written(pos, columns({{0, 1, 2}, {2, 1, 3}, {1, 0, 4}}), true);
     EXPECT_NEAR(read_text(sliver).report.tolerance, 0.0005, 1e-15);
-    const reading welded = read_text(sliver, true, 0.6);
-    EXPECT_EQ(welded.result, 2);
-    EXPECT_EQ(welded.report.removed_elements, 1u);
-    EXPECT_EQ(read_text(sliver, true, -1.0).result, -5);
-    EXPECT_TRUE(read_text(sliver, true, -1.0).pos.empty());
+    EXPECT_EQ(read_text(sliver, true, 0.6).report.removed_elements, 1u);
+    const reading refused = read_text(sliver, true, -1.0);
+    EXPECT_EQ(refused.result, -5);
+    EXPECT_TRUE(refused.pos.empty() && refused.conn.empty());
     // facets without area or with a coordinate that is no finite number do not count; alone they
     // stay as they are
     for (const double x : {0.0, 0.5, double{NAN}, double{INFINITY}}) {
@@ -191,8 +181,8 @@ TEST(StlInput, RefusesWhatIsNoFileAndBelievesNoCount) {
         EXPECT_EQ(reading(name, false).pos.rows(), 0u);
     }
     const std::string one = written(square, one_facet, false);
-    EXPECT_EQ(read_text(with_count(one, 0xFFFFFFFFu), false).result, 1);
-    EXPECT_EQ(read_text(with_count(one, 0), false).report.unread_bytes, 50u);
+    EXPECT_EQ(read_text(with_count(one, "\xFF\xFF\xFF\xFF"), false).result, 1);
+    EXPECT_EQ(read_text(with_count(one, "\0\0\0\0"), false).report.unread_bytes, 50u);
     EXPECT_EQ(open_descriptors(), before);
 }
 
@@ -201,10 +191,8 @@ TEST(StlInput, ReadsAPipe) {
     std::filesystem::remove(static_cast<const char*>(pipe));
     ASSERT_EQ(mkfifo(pipe, 0600), 0);
     EXPECT_EQ(STL_detect(pipe), STL_format::unreadable) << "and does not wait for a writer";
-    dense2D<unsigned int> fan(3, 5000); // more than one step of the reader
-    for (unsigned int j = 0; j < fan.cols(); ++j)
-        for (unsigned int i = 0; i < 3; ++i)
-            fan(i, j) = i;
+    const auto fan =
+        columns(std::vector(5000, std::vector{0u, 1u, 2u})); // more than one step of the reader
     for (const bool ascii : {true, false}) {
         std::thread writer([&] { EXPECT_EQ(STL_output(pipe, square, fan, ascii), 0); });
         const reading r(pipe, ascii, 0.0);
@@ -215,7 +203,8 @@ TEST(StlInput, ReadsAPipe) {
 }
 
 TEST(StlDetect, TellsTheFormBySizeAndContent) {
-    const std::string binary = written(square, facets, false), zero = with_count(binary, 0);
+    const std::string binary = written(square, facets, false),
+                      zero = with_count(binary, "\0\0\0\0");
     const std::string solid = "solid of steel" + binary.substr(14), nuls(200, '\0');
     const auto expect = [](STL_format format, const std::string& content) {
         EXPECT_EQ(STL_detect(scratch_file(content)), format)
@@ -231,41 +220,6 @@ TEST(StlDetect, TellsTheFormBySizeAndContent) {
         expect(STL_format::unknown, other);
     for (const char* name : {static_cast<const char*>(nullptr), "/nowhere", "/tmp", "/dev/zero"})
         EXPECT_EQ(STL_detect(name), STL_format::unreadable);
-}
-
-TEST(StlInput, ReadsRealFiles) {
-    const char* const folder = std::getenv("KVX_ZELVO_MESHES");
-    if (!folder) GTEST_SKIP() << "KVX_ZELVO_MESHES names no folder of real meshes";
-    const struct {
-        const char* name;
-        std::uint64_t facets, points, removed, unread;
-    } files[] = {{"closed-solid-header-binary.stl", 8700, 4350, 0, 0},
-                 {"bunny-holes-binary.stl", 69451, 34834, 0, 0},
-                 {"nonmanifold-binary.stl", 2000, 1042, 0, 0},
-                 // of 35386 different points 10 lie within the tolerance of another one
-                 {"ribcage-duplicates-binary.stl", 73960, 35376, 0, 0},
-                 // 56 facets use a point twice and are removed
-                 {"spider-degenerate-ascii.stl", 1368, 722, 56, 0},
-                 // the last of 288 facets is in upper case
-                 {"uppercase-ascii.stl", 287, 144, 0, 210},
-                 {"crlf-leading-blank-ascii.stl", 12, 8, 0, 0},
-                 // the second solid, 20 facets and 12 points, is not read
-                 {"two-solids-crlf-ascii.stl", 12, 8, 0, 5115},
-                 {"solid-header-extra-byte-binary.stl", 288, 144, 0, 1},
-                 // cut in the 59th and in the 12th facet
-                 {"truncated-binary.stl", 58, 40, 0, 16},
-                 {"truncated-ascii.stl", 11, 11, 0, 95},
-                 {"turbine-blade-199k-binary.stl", 199034, 99519, 0, 0}};
-    for (const auto& f : files) {
-        const std::string path = std::string(folder) + '/' + f.name;
-        const bool ascii = path.find("ascii") != std::string::npos;
-        ASSERT_EQ(STL_detect(path.c_str()), ascii ? STL_format::ascii : STL_format::binary) << path;
-        const reading r(path.c_str(), ascii);
-        EXPECT_EQ(r.result, f.facets - f.removed) << path;
-        EXPECT_EQ(r.report.facets, f.facets) << path;
-        EXPECT_EQ(r.pos.cols(), f.points) << path;
-        EXPECT_EQ(r.report.unread_bytes, f.unread) << path;
-    }
 }
 
 } // namespace
