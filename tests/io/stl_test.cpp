@@ -191,8 +191,8 @@ TEST(StlInput, ReadsAPipe) {
     std::filesystem::remove(static_cast<const char*>(pipe));
     ASSERT_EQ(mkfifo(pipe, 0600), 0);
     EXPECT_EQ(STL_detect(pipe), STL_format::unreadable) << "and does not wait for a writer";
-    const auto fan =
-        columns(std::vector(5000, std::vector{0u, 1u, 2u})); // more than one step of the reader
+    // more facets than one step of the reader
+    const auto fan = columns(std::vector(5000, std::vector{0u, 1u, 2u}));
     for (const bool ascii : {true, false}) {
         std::thread writer([&] { EXPECT_EQ(STL_output(pipe, square, fan, ascii), 0); });
         const reading r(pipe, ascii, 0.0);
