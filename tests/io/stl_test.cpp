@@ -166,7 +166,7 @@ TEST(StlInput, ReadsTheAsciiFormAsItIsScanned) {
     expect("s\n" + good + good + "endsolid\nsolid\n" + good, 2, 6 + good.size());
     expect(std::string("s\n") + facet("FACET NORMAL", "vertex"), 0, good.size());
     expect(std::string("s\n") + facet("facetnormal", "VERTEX"), 0, good.size() - 1);
-    expect("s\n" + good + "facet normal 0 0\n", 1, 17);
+    expect("s\n" + good + "facet normal 0 0\nendsolid", 1, 25);
     expect("s\nfacet normal nan inf 1e999\n" + good.substr(good.find("loop")), 1, 0);
     expect("s\nfacet normal 0 0 x\n" + good, 0, 19 + good.size());
 }
