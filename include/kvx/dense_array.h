@@ -206,6 +206,7 @@ public:
 
     /// Sets every element to v.
     dense2D& operator=(T v) noexcept {
+        if (empty()) return *this; // of however many columns
         for (std::uint64_t j = 0; j < cols_; ++j)
             std::fill_n(column(j), rows_, v);
         return *this;

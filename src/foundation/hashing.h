@@ -18,8 +18,8 @@ inline std::uint64_t mixed_bits(std::uint64_t x) {
 }
 
 /// Open-addressing table of 32-bit values below no_node. What is equal is told by the caller, who
-/// keeps the keys; so the table costs 4 bytes a slot, at most 8 bytes a value when the number of
-/// values was reserved.
+/// keeps the keys; so the table costs 4 bytes a slot, 6 to 12 bytes a value when the number of
+/// values was given.
 class hash_slots {
 public:
     /// Room for `expected` values; grows beyond. Throws std::bad_alloc.

@@ -70,7 +70,7 @@ struct grouping {
     explicit grouping(const dense2D<unsigned int>& conn)
         : new_IDs(conn.cols()) {
         // next[k]: first the number of elements of k nodes, then the place of the next such one.
-        std::vector<unsigned int> next(conn.rows() + 1);
+        std::vector<unsigned int> next(conn.empty() ? 1 : conn.rows() + 1);
         for (std::uint64_t j = 0; j < conn.cols(); ++j)
             ++next[leading_nodes(conn, j)];
         appender<unsigned int> group_nodes(nodes);

@@ -132,7 +132,7 @@ void append_unique(dense1D<unsigned int>& out, const dense2D<unsigned int>* firs
     index_set seen(largest_index(first, last), entry_count(first, last));
     std::uint64_t columns = 0;
     for (auto m = first; m != last; ++m)
-        columns += m->cols();
+        columns += m->empty() ? 0 : m->cols();
     appender<unsigned int> list(out);
     list.make_room(columns);
     for (; first != last; ++first) {

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 namespace kvx::zelvo {
@@ -25,19 +26,31 @@ struct numbered_point {
     pair_role role;
 };
 
-/// Euclidean distance exactly as callers may compute it: square root of the plain sum of squares.
+/// The sum whose square root is the distance, in one fixed order.
 template <unsigned Dim>
-double distance(const double* a, const double* b) {
+double squared_distance(const double* a, const double* b) {
     double sum = 0;
     for (unsigned i = 0; i < Dim; ++i)
         sum += (a[i] - b[i]) * (a[i] - b[i]);
-    return std::sqrt(sum);
+    return sum;
+}
+
+/// Largest number whose square root is no larger than the radius. It is found among a few
+/// neighbours of the square.
+inline double largest_square_within(double radius) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    double square = radius * radius;
+    while (std::sqrt(square) > radius)
+        square = std::nextafter(square, 0.0);
+    while (square < infinity && std::sqrt(std::nextafter(square, infinity)) <= radius)
+        square = std::nextafter(square, infinity);
+    return square;
 }
 
 /// All pairs of a survivor and an absorbable point within a radius, by a balanced k-d tree that is
 /// joined with itself. The points are reordered; node k of the tree has the children 2k and 2k + 1
 /// and covers a run of points that follows from k alone, so the tree is nothing but its boxes. None
-/// of the coordinates may be NaN.
+/// of the coordinates may be NaN. `reach` is a radius as a bound on squared_distance.
 template <unsigned Dim>
 class close_pairs {
 public:
@@ -48,15 +61,11 @@ public:
         if (!points.empty()) build(1, 0, 0);
     }
 
-    /// Calls visit(p, q) once for every two points that may pair with a distance of at most
-    /// `radius` (and for some beyond, where rounding leaves it open); stops and returns false when
-    /// visit does.
+    /// Calls visit(p, q, distance) once for every two points that may pair with a distance of at
+    /// most `radius`; stops and returns false when visit does.
     template <class Visit>
     bool each_within(double radius, Visit&& visit) const {
-        // Wider than any rounding of the differences and of the caller's own distance, which is 0
-        // for differences whose squares underflow.
-        const double reach = radius * (1 + 1e-9) + 1e-160;
-        return points_.empty() || join_self(1, 0, 0, reach, visit);
+        return points_.empty() || join_self(1, 0, 0, largest_square_within(radius), visit);
     }
 
 private:
@@ -101,14 +110,17 @@ private:
         build(2 * node + 1, level + 1, 2 * place + 1);
     }
 
+    /// Exact although the gaps are rounded: rounding keeps the order, so the same sum for two
+    /// points of the boxes is never less. The gap of two infinite bounds is NaN and counts as 0.
     bool apart(std::size_t a, std::size_t b, double reach) const {
         if (!may_pair(boxes_[a].roles, boxes_[b].roles)) return true;
+        double sum = 0;
         for (unsigned i = 0; i < Dim; ++i) {
-            if (boxes_[a].min[i] - boxes_[b].max[i] > reach ||
-                boxes_[b].min[i] - boxes_[a].max[i] > reach)
-                return true;
+            const double above = std::max(0.0, boxes_[a].min[i] - boxes_[b].max[i]);
+            const double gap = std::max(above, boxes_[b].min[i] - boxes_[a].max[i]);
+            sum += gap * gap;
         }
-        return false;
+        return sum > reach;
     }
 
     template <class Visit>
@@ -123,8 +135,7 @@ private:
         const std::size_t last = start(level, place + 1);
         for (std::size_t p = start(level, place); p < last; ++p) {
             for (std::size_t q = p + 1; q < last; ++q) {
-                if (near(points_[p], points_[q], reach) && !visit(points_[p], points_[q]))
-                    return false;
+                if (!visit_near(points_[p], points_[q], reach, visit)) return false;
             }
         }
         return true;
@@ -148,18 +159,18 @@ private:
         const std::size_t last_b = start(level, place_b + 1);
         for (std::size_t p = start(level, place_a); p < last_a; ++p) {
             for (std::size_t q = start(level, place_b); q < last_b; ++q) {
-                if (near(points_[p], points_[q], reach) && !visit(points_[p], points_[q]))
-                    return false;
+                if (!visit_near(points_[p], points_[q], reach, visit)) return false;
             }
         }
         return true;
     }
 
-    static bool near(const numbered_point<Dim>& p, const numbered_point<Dim>& q, double reach) {
-        bool within = may_pair(p.role, q.role);
-        for (unsigned i = 0; i < Dim; ++i)
-            within &= !(std::abs(p.x[i] - q.x[i]) > reach);
-        return within;
+    template <class Visit>
+    static bool visit_near(const numbered_point<Dim>& p, const numbered_point<Dim>& q, double reach,
+                           Visit&& visit) {
+        const double square = squared_distance<Dim>(p.x.data(), q.x.data());
+        if (!(square <= reach) || !may_pair(p.role, q.role)) return true;
+        return visit(p, q, std::sqrt(square));
     }
 
     std::vector<numbered_point<Dim>>& points_;

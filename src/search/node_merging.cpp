@@ -141,6 +141,11 @@ bool in_box(const double* p, const double* q, double tol) {
     return inside;
 }
 
+template <unsigned Dim>
+bool is_finite(const double* x) {
+    return std::all_of(x, x + Dim, [](double c) { return std::isfinite(c); });
+}
+
 /// Joins pairs nearest first, with the result of sorting all pairs up to the tolerance at once.
 ///
 /// Nodes that both stay after all pairs up to some distance lie further apart than that, so the
@@ -196,8 +201,7 @@ public:
 
     bool collect(pair_band& band, const dense1D<unsigned int>&) {
         if (!tree_ || tree_turns_ != band.turns()) plant(band.turns());
-        return tree_->each_within(band.up_to(), [&](const auto& p, const auto& q) {
-            const double d = distance<Dim>(p.x.data(), q.x.data());
+        return tree_->each_within(band.up_to(), [&](const auto& p, const auto& q, double d) {
             if (!band.holds(d)) return true;
             // The reverse of a pair has its turn later and then finds one of the two absorbed.
             const auto& first = p.id < q.id ? p : q;
@@ -222,11 +226,13 @@ public:
     }
 
 private:
-    /// Nodes that do not have their turn can only be absorbed.
+    /// Nodes that do not have their turn can only be absorbed, and so can nodes at infinity: no box
+    /// around them holds a node at a distance, however large the tolerance.
     void plant(turn_range turns) {
         for (auto& p : points_) {
             const pair_role role = roles_[nodes_[p.id]];
-            p.role = turns.contains(p.id) ? role : static_cast<pair_role>(role & absorbable);
+            const bool survives = turns.contains(p.id) && is_finite<Dim>(p.x.data());
+            p.role = survives ? role : static_cast<pair_role>(role & absorbable);
         }
         tree_.emplace(points_);
         tree_turns_ = turns;
@@ -264,16 +270,15 @@ public:
     std::uint64_t turns() const {
         std::uint64_t elements = 0;
         for (auto m = first_; m != last_; ++m)
-            elements += m->cols();
+            elements += m->empty() ? 0 : m->cols();
         return elements;
     }
 
     bool collect(pair_band& band, const dense1D<unsigned int>& new_IDs) const {
         std::uint64_t turn = 0;
         for (auto m = first_; m != last_; ++m) {
-            for (std::uint64_t j = 0; j < m->cols(); ++j, ++turn) {
-                if (m->rows() > 0 && band.turns().contains(turn) &&
-                    !collect(&(*m)(0, j), m->rows(), band, new_IDs))
+            for (std::uint64_t j = 0; j < (m->empty() ? 0 : m->cols()); ++j, ++turn) {
+                if (band.turns().contains(turn) && !collect(&(*m)(0, j), m->rows(), band, new_IDs))
                     return false;
             }
         }
@@ -303,7 +308,7 @@ private:
                 if (m == n || !stays(new_IDs, m)) continue;
                 const double* const pn = &pos_(0, n);
                 const double* const pm = &pos_(0, m);
-                const double d = distance<Dim>(pn, pm);
+                const double d = std::sqrt(squared_distance<Dim>(pn, pm));
                 if (!band.holds(d) || !in_box<Dim>(pn, pm, tol_)) continue;
                 if (b < a && in_box<Dim>(pm, pn, tol_)) continue; // its reverse had its turn
                 if (!band.push({d, n, m})) return false;
@@ -344,16 +349,10 @@ std::vector<std::array<unsigned int, 2>> take_out_coincident(const dense2D<doubl
             same &= pos(i, a) == pos(i, b);
         return same;
     };
-    const auto finite = [&](unsigned int node) {
-        bool all = true;
-        for (unsigned i = 0; i < Dim; ++i)
-            all &= std::isfinite(pos(i, node));
-        return all;
-    };
     hash_slots places(listed.nodes.size());
     std::vector<std::array<unsigned int, 2>> coincident;
     std::erase_if(listed.nodes, [&](unsigned int node) {
-        if (!finite(node)) return false; // infinite coordinates have no distance 0
+        if (!is_finite<Dim>(&pos(0, node))) return false; // infinite coordinates have no distance 0
         const unsigned int stands = places.find_or_insert(
             hash(node), node, [&](unsigned int other) { return equal(node, other); }, hash);
         if (stands == no_node) return false;

@@ -86,7 +86,8 @@ public:
         if (nodes.empty() || !has_node(largest_)) return;
         constexpr std::uint64_t most_records = no_node;
         nodes.resize(std::min<std::uint64_t>(nodes.size(), most_records - records_.size()));
-        records_.reserve(records_.size() + nodes.size());
+        const std::size_t wanted = records_.size() + nodes.size();
+        if (wanted > records_.capacity()) records_.reserve(std::max(wanted, 2 * records_.size()));
         largest_ = std::max(largest_, *std::max_element(nodes.begin(), nodes.end()));
         if (records_.empty()) {
             build(nodes);
