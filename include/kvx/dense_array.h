@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <stdexcept>
 
 #include <kvx/ref_counted.h>
 
@@ -69,8 +70,9 @@ public:
 
     /// A view of n elements of the caller's memory, which is neither copied nor freed and must
     /// outlive every view of it. Growing moves the vector to memory of its own. `data` is aligned
-    /// as T needs it.
+    /// as T needs it. Throws std::invalid_argument for elements at nullptr.
     static dense1D wrap(T* data, std::uint64_t n) {
+        if (!data && n > 0) throw std::invalid_argument("dense1D::wrap");
         if (n > vector_num<T>::max_capacity) throw std::bad_alloc();
         dense1D view;
         view.storage_ = vector_num<T>::wrap(data, n);
@@ -214,8 +216,11 @@ public:
 
     /// A view of the caller's memory, which is neither copied nor freed and must outlive every view
     /// of it: rows x cols elements, columns `ld` elements apart (ld >= rows; 0 means rows).
-    /// Growing moves the matrix to memory of its own. `data` is aligned as T needs it.
+    /// Growing moves the matrix to memory of its own. `data` is aligned as T needs it. Throws
+    /// std::invalid_argument for another ld and for elements at nullptr.
     static dense2D wrap(T* data, std::uint64_t rows, std::uint64_t cols, std::uint64_t ld = 0) {
+        if ((ld != 0 && ld < rows) || (!data && rows > 0 && cols > 0))
+            throw std::invalid_argument("dense2D::wrap");
         ld = std::max(ld, rows);
         std::uint64_t span = 0;
         if (!detail::storage_span(0, ld, rows, cols, vector_num<T>::max_capacity, span))

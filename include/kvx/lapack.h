@@ -15,8 +15,7 @@ namespace kvx::lapack {
 /// vectors n columns of stride ld, the orthonormal eigenvectors in the order of the values; not
 ///         touched for job 'N'
 /// work    3 n entries of scratch space
-/// info    0 on success, negative for a wrong argument, positive when the iteration did not
-/// converge
+/// info    0 on success, negative for a wrong argument, positive when it did not converge
 KVX_ZELVO_API void dspev(char job, char uplo, int order, double* packed, double* values,
                          double* vectors, int ld, double* work, int& info) noexcept;
 

@@ -103,6 +103,11 @@ TEST(dense2D, refuses_sizes_that_no_memory_holds) {
     EXPECT_THROW(dense2D<double>(huge, huge), std::bad_alloc);
     double x = 0;
     EXPECT_THROW(dense2D<double>::wrap(&x, 3, most / 2), std::bad_alloc);
+    EXPECT_THROW(dense2D<double>::wrap(&x, 3, 2, 2), std::invalid_argument);
+    EXPECT_THROW(dense1D<double>::wrap(nullptr, 1), std::invalid_argument);
+    EXPECT_THROW(dense2D<double>::wrap(nullptr, 1, 1), std::invalid_argument);
+    EXPECT_TRUE(dense2D<double>::wrap(nullptr, 0, 1).empty());
+    dense2D<double>(0, most) = 1.0; // nothing to fill, at once
 }
 
 TEST(dense_arrays, wrap_memory_of_the_caller) {

@@ -17,9 +17,8 @@ namespace kvx::zelvo {
 /// group_nodes  replaced: number of nodes of the elements of each group; no_node when no element
 ///              remains
 /// group_ends   replaced: for each group the column behind its last one; 0 when no element remains
-/// new_IDs      replaced: new column of each old element, no_node for a dropped one. The outputs
-/// may
-///              be views of conn or elem_refs
+/// new_IDs      replaced: new column of each old element, no_node for a dropped one. This and the
+///              two above may be views of conn or elem_refs
 ///
 /// Returns 0, or with nothing changed: -1 when a non-empty elem_refs has another number of columns
 /// than conn, -199 when memory runs out. Linear.

@@ -9,9 +9,8 @@ namespace kvx::zelvo {
 ///
 /// A, B     entries to match, in any order. Of a value that occurs twice in A the last place counts
 /// B_in_A   replaced: for each place of B the place of its value in A, no_node where there is none
-/// A_in_B   replaced: the same from A to B, no_node at places of A that were not matched; of a
-/// value
-///          that occurs twice in B the last place counts. The outputs may be views of the inputs
+/// A_in_B   replaced: the same from A to B, no_node at places of A that were not matched; the last
+///          place counts of a value that occurs twice in B. The outputs may be views of the inputs
 ///
 /// Returns 0, or -199 when memory runs out, with the outputs empty. Expected linear.
 KVX_ZELVO_API int get_IDs(const dense1D<unsigned int>& A, const dense1D<unsigned int>& B,

@@ -10,9 +10,8 @@ namespace kvx::zelvo {
 ///
 /// pos          in and out: dimension x nodes; the kept columns move to the front and the matrix
 ///              shrinks in its storage, so other views of it see them moved
-/// first, last  in and out: half-open range of connectivities, any kinds. Views of the same
-/// elements
-///              may occur more than once: every entry is renumbered once
+/// first, last  in and out: half-open range of connectivities, any kinds. Views of one matrix may
+///              occur more than once: every entry is renumbered once
 /// new_IDs      emptied first, whatever is returned; when nodes were looked at, the new column of
 ///              each old node, no_node for a removed one. May be a view of a connectivity
 /// n_kept       nodes 0 .. n_kept - 1 stay in place even if unused
