@@ -35,6 +35,8 @@ TEST(sort_elfes, refuses_references_of_another_count_and_drops_all_without_nodes
         EXPECT_EQ(list(group_ends), list(vec({0})));
         EXPECT_EQ(list(new_IDs), list(vec({none, none})));
     }
+    dense2D<unsigned int> no_elements(std::uint64_t{1} << 60, 0);
+    EXPECT_EQ(sort_elfes(no_elements, group_nodes, group_ends, new_IDs), 0);
 }
 
 } // namespace kvx::zelvo::tests

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <utility>
 #include <vector>
@@ -39,6 +40,12 @@ inline const std::vector<std::pair<const char*, cloud_maker>> hostile_clouds = {
     {"squares underflow", [](auto& r) { return 1e-163 * double(r() % 40); }},
     {"not numbers", [](auto& r) { return r() % 7 == 0 ? (r() % 2 ? nan : inf) : double(r() % 3); }},
 };
+
+inline std::vector<unsigned> identity(std::uint64_t n) {
+    std::vector<unsigned> ids(n);
+    std::iota(ids.begin(), ids.end(), 0u);
+    return ids;
+}
 
 inline dense1D<unsigned> random_list(unsigned size, unsigned nodes, engine& random) {
     dense1D<unsigned> v(size);

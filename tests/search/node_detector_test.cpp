@@ -1,7 +1,7 @@
 #include <cmath>
-#include <set>
 
 #include "search/clouds.h"
+#include "search/node_tree.h"
 
 namespace kvx::zelvo::tests {
 namespace {
@@ -22,27 +22,7 @@ struct plain_tree {
         , dim(static_cast<unsigned>(p.rows())) {}
 
     void insert(std::vector<unsigned> nodes) {
-        // The generator by its recurrence, not by the standard engine.
-        std::vector<std::uint32_t> state(624, 1);
-        for (unsigned k = 1; k < 624; ++k)
-            state[k] = 69069u * state[k - 1];
-        unsigned next = 624;
-        const auto draw = [&] {
-            if (next == 624) {
-                for (unsigned k = 0; k < 624; ++k) {
-                    const auto y = (state[k] & 0x80000000u) | (state[(k + 1) % 624] & 0x7fffffffu);
-                    state[k] = state[(k + 397) % 624] ^ (y >> 1) ^ (y & 1 ? 0x9908b0dfu : 0);
-                }
-                next = 0;
-            }
-            std::uint32_t y = state[next++];
-            y ^= y >> 11;
-            y ^= (y << 7) & 0x9d2c5680u;
-            y ^= (y << 15) & 0xefc60000u;
-            return y ^ (y >> 18);
-        };
-        for (unsigned i = 1; i < nodes.size(); ++i)
-            std::swap(nodes[i], nodes[draw() % (i + 1)]);
+        shuffle(nodes);
         for (unsigned node : nodes)
             insert_one(node);
     }
@@ -117,10 +97,7 @@ void compare_with_plain_tree(const cloud_maker& draw, engine& random) {
     const auto pos = strided(cloud(Dim, n, draw, random), 7.0);
     plain_tree plain(pos);
     node_detector detector(pos);
-    std::vector<unsigned> all(n);
-    for (unsigned k = 0; k < n; ++k)
-        all[k] = k;
-    plain.insert(all);
+    plain.insert(identity(n));
     if (random() % 2) {
         const auto more = random_list(1 + random() % 40, n + 2, random);
         std::uint64_t taken = 0;
@@ -150,6 +127,12 @@ void compare_with_plain_tree(const cloud_maker& draw, engine& random) {
     }
 }
 
+TEST(shuffle, draws_from_its_own_seed) {
+    auto nodes = identity(10);
+    shuffle(nodes);
+    EXPECT_EQ(nodes, (std::vector<unsigned>{5, 8, 4, 3, 7, 1, 0, 6, 2, 9}));
+}
+
 TEST(node_detector, answers_like_the_plain_tree) {
     engine random(3);
     for (const auto& [name, draw] : hostile_clouds) {
@@ -162,22 +145,8 @@ TEST(node_detector, answers_like_the_plain_tree) {
     }
 }
 
-TEST(node_detector, finds_a_closest_node) {
-    engine random(4);
-    const auto pos = cloud(3, 3000, hostile_clouds.front().second, random);
-    const node_detector detector(pos);
-    for (unsigned query = 0; query < 300; ++query) {
-        const vector_fixed<double, 3> P(random() * 0x1p-32, random() * 0x1p-32, 1.5);
-        const plain_tree plain(pos);
-        double least = std::numeric_limits<double>::max();
-        for (unsigned k = 0; k < 3000; ++k)
-            least = std::min(least, plain.squared(k, P.data()));
-        ASSERT_EQ(plain.squared(detector.find_closest(P), P.data()), least);
-    }
-}
-
 TEST(node_detector, takes_many_coincident_nodes) {
-    for (const double at : {1.5, std::numeric_limits<double>::quiet_NaN()}) {
+    for (const double at : {1.5, nan}) {
         dense2D<double> pos(3, 200001, at);
         pos(2, 200000) = 1.25; // once it is the pivot, it parts nothing
         const node_detector detector(pos);
