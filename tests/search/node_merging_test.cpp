@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "search/close_pairs.h"
 #include "search/clouds.h"
 
 namespace kvx::zelvo::tests {
@@ -61,6 +62,17 @@ int plain_merge(const dense2D<double>& pos, const std::vector<candidates>& group
         total += count;
     } while (repeat && count > 0);
     return total;
+}
+
+TEST(close_pairs, bounds_squares_as_their_roots_are_bounded) {
+    engine random(6);
+    for (int k = 0; k < 2000; ++k) {
+        const double radius = std::pow(10.0, double(random() % 600) - 310) * random();
+        const double square = largest_square_within(radius);
+        ASSERT_LE(std::sqrt(square), radius);
+        ASSERT_GT(std::sqrt(std::nextafter(square, inf)), radius);
+    }
+    EXPECT_EQ(largest_square_within(inf), inf);
 }
 
 TEST(merge, joins_like_the_plain_procedure) {
