@@ -413,9 +413,11 @@ bool is_text(std::string_view bytes) {
                         [](char c) { return is_control(c) && !is_blank(c); });
 }
 
-/// Whether text begins with "solid" in any case, after white space.
+/// Whether text begins with "solid" in any case, after a byte-order mark and white space.
 bool begins_solid(std::string_view text) {
     constexpr std::string_view keyword = "solid";
+    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+    if (text.starts_with(byte_order_mark)) text.remove_prefix(byte_order_mark.size());
     text.remove_prefix(static_cast<std::size_t>(
         std::find_if_not(text.begin(), text.end(), is_blank) - text.begin()));
     return text.size() >= keyword.size() &&

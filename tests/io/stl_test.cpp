@@ -210,7 +210,8 @@ TEST(StlDetect, TellsTheFormBySizeAndContent) {
         EXPECT_EQ(STL_detect(scratch_file(content)), format)
             << content.substr(0, 14) << content.size();
     };
-    for (const std::string& text : {written(square, facets, true), std::string(" \r\n\tSOLID")})
+    for (const std::string& text :
+         {written(square, facets, true), std::string("\xEF\xBB\xBF \r\n\tSOLID")})
         expect(STL_format::ascii, text);
     for (const std::string& bytes :
          {binary, solid, solid + '\n', binary.substr(0, 134), zero, zero.substr(0, 84)})

@@ -91,7 +91,7 @@ enum class STL_format {
 /// - binary: exactly as long as its count field says, whatever the header says (many binary files
 ///   begin with "solid");
 /// - else ascii: text (no control characters but white space) that begins with "solid", in any
-///   case, after white space;
+///   case, after white space and perhaps a UTF-8 byte-order mark;
 /// - else binary: a header of printable text padded with NULs or blanks, and at least one whole
 ///   facet or a count of 0. Such a file was cut, or has more behind its facets;
 /// - else unknown, as are empty files.
