@@ -110,11 +110,11 @@ inline mesh facet_soup(const mesh& m) {
 enum cloud : int { on_surface, at_random, on_lattice, all_equal };
 constexpr const char* cloud_names[] = {"surface", "random", "lattice", "equal"};
 
-inline dense2D<double> points(cloud kind, std::uint64_t n) {
+inline dense2D<double> points(cloud kind, std::uint64_t n, unsigned int first_draw = seed) {
     if (kind == on_surface) return facet_soup(bumpy_sphere(n / 3 + 1)).pos.sub_matrix(0, 0, 3, n);
     dense2D<double> pos(3, n, 0.5);
     if (kind == all_equal) return pos;
-    std::mt19937_64 draw(seed);
+    std::mt19937_64 draw(first_draw);
     const auto side = static_cast<std::uint64_t>(std::ceil(std::cbrt(double(n))));
     for (std::uint64_t j = 0; j < n; ++j) {
         std::uint64_t cell = j;
@@ -128,6 +128,21 @@ inline dense2D<double> points(cloud kind, std::uint64_t n) {
             std::swap(pos(axis, i), pos(axis, j));
     });
     return pos;
+}
+
+/// Points to search a cloud for, none of which is a node of it: at random in its cube, or at the
+/// centres of facets of its surface.
+inline dense2D<double> targets_in(cloud kind, const dense2D<double>& pos, std::uint64_t n) {
+    dense2D<double> targets = points(at_random, n, seed + 1);
+    if (kind != on_surface) return targets;
+    std::mt19937_64 draw(seed);
+    for (std::uint64_t i = 0; i < n; ++i) {
+        const std::uint64_t corner = 3 * (draw() % (pos.cols() / 3));
+        for (unsigned axis = 0; axis < 3; ++axis)
+            targets(axis, i) =
+                (pos(axis, corner) + pos(axis, corner + 1) + pos(axis, corner + 2)) / 3;
+    }
+    return targets;
 }
 
 /// A cube of about `cells` hexahedra, the nodes shaken by up to a tenth of an edge.

@@ -14,7 +14,7 @@ struct searched_points {
         : pos(points(static_cast<cloud>(state.range(1)),
                      static_cast<std::uint64_t>(state.range(0))))
         , queries(state.range(1) == all_equal ? 10 : 10'000)
-        , targets(points(at_random, queries)) {
+        , targets(targets_in(static_cast<cloud>(state.range(1)), pos, queries)) {
         state.SetLabel(cloud_names[state.range(1)]);
     }
     vector_fixed<double, 3> target(std::uint64_t i, double shift = 0) const {
@@ -48,16 +48,19 @@ void find_closest(benchmark::State& state) {
 }
 BENCHMARK(find_closest)->Apply(doubling_clouds);
 
-/// Boxes that hold 8 nodes on average; where all lie in one place, a rare box holds all of them.
+/// Boxes of about 8 nodes; where all lie in one place, a rare box holds all of them.
 void find_in_box(benchmark::State& state) {
     const searched_points searched(state);
     const node_detector detector(searched.pos);
-    const double edge = std::cbrt(8 / double(searched.pos.cols()));
+    const double part = 8 / double(searched.pos.cols());
+    constexpr double sphere = 12.6; // area, without its bumps
+    const double edge = state.range(1) == on_surface ? std::sqrt(part * sphere) : std::cbrt(part);
     dense1D<unsigned int> found;
     for (auto _ : state) {
         for (std::uint64_t i = 0; i < searched.queries; ++i) {
             found.resize(0);
-            detector.find_in_box(searched.target(i), searched.target(i, edge), found);
+            detector.find_in_box(searched.target(i, -edge / 2), searched.target(i, edge / 2),
+                                 found);
             benchmark::DoNotOptimize(found.data());
         }
     }
