@@ -1,6 +1,5 @@
 #pragma once
 
-#include <clocale>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -40,22 +39,12 @@ inline auto open_descriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
-/// A decimal comma and grouped digits while it lives: in the streams, and in the C library where
-/// such a locale is installed.
-class comma_locale {
-public:
-    comma_locale() { std::setlocale(LC_NUMERIC, "de_DE.UTF-8"); }
-    ~comma_locale() {
-        std::locale::global(before_);
-        std::setlocale(LC_NUMERIC, "C");
-    }
-
-private:
-    struct punctuation : std::numpunct<char> {
-        char do_decimal_point() const override { return ','; }
-        std::string do_grouping() const override { return "\3"; }
-    };
-    std::locale before_ = std::locale::global(std::locale(std::locale(), new punctuation));
+/// The tests run with a decimal comma and grouped digits, which must not get into any file.
+struct comma_punctuation : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    std::string do_grouping() const override { return "\3"; }
 };
+inline const std::locale usual_locale =
+    std::locale::global(std::locale(std::locale(), new comma_punctuation));
 
 } // namespace kvx::zelvo::tests

@@ -25,7 +25,6 @@ std::string written(const dense2D<double>& pos, const dense2D<unsigned int>& con
     return file.content();
 }
 
-/// What reading a file gives; the plain form must give the same.
 struct reading {
     dense2D<double> pos{2, 5};
     dense2D<unsigned int> conn{7, 1};
@@ -33,23 +32,13 @@ struct reading {
     int result;
 
     reading(const char* file, bool ascii, double tolerance = NAN)
-        : result(STL_input(file, pos, conn, ascii, tolerance, report)) {
-        dense2D<double> plain(2, 5);
-        if (!std::isnan(tolerance)) return;
-        EXPECT_EQ(STL_input(file, plain, conn, ascii), result);
-        EXPECT_EQ(plain.cols(), pos.cols());
-    }
+        : result(STL_input(file, pos, conn, ascii, tolerance, report)) {}
 };
 reading read_text(const std::string& content, bool ascii = true, double tolerance = NAN) {
     return {scratch_file(content), ascii, tolerance};
 }
 
-std::string with_count(std::string binary, const char* four_bytes) {
-    return binary.replace(80, 4, four_bytes, 4);
-}
-
 TEST(StlOutput, WritesAsciiTextUnderAnyLocale) {
-    const comma_locale commas;
     const dense2D<double> flat = strided(points({{0, 0}, {1, 0}, {0, 1}}), 7.0);
     EXPECT_EQ(written(flat, strided(one_facet, 9u), true), R"(solid KVX
    facet normal 0.000000e+00 0.000000e+00 1.000000e+00
@@ -73,66 +62,59 @@ TEST(StlOutput, WritesBinaryBytes) {
 }
 
 TEST(StlOutput, NormalsAreUnitVectorsOrZero) {
-    const std::string zero = "0.000000e+00 0.000000e+00 0.000000e+00";
-    const struct {
-        std::vector<double> p1, p2;
-        std::string normal;
-    } cases[] = {{{1e-200, 0, 0}, {0, 1e-200, 1e-200}, "0.000000e+00 -7.071068e-01 7.071068e-01"},
-                 {{1e200, 0, 0}, {0, 0, -1e-200}, "-0.000000e+00 1.000000e+00 0.000000e+00"},
-                 {{1, 2, 3}, {2, 4, 6}, zero},
-                 {{INFINITY, 0, 0}, {0, NAN, 0}, zero}};
-    for (const auto& c : cases)
-        EXPECT_THAT(written(points({{0, 0, 0}, c.p1, c.p2}), one_facet, true),
-                    testing::HasSubstr(" normal " + c.normal + "\n"));
+    const dense2D<double> pos = points(
+        {{0, 0, 0}, {1e-200, 0, 0}, {0, 1e-200, 1e-200}, {2, 0, 0}, {INFINITY, 0, 0}, {0, NAN, 0}});
+    const std::string text = written(pos, columns({{0, 1, 2}, {0, 1, 3}, {0, 4, 5}}), true);
+    EXPECT_THAT(text, testing::HasSubstr(" 0.000000e+00 -7.071068e-01 7.071068e-01\n"));
+    EXPECT_THAT(text, testing::Not(testing::ContainsRegex("normal [^\n]*nan")));
 }
 
-TEST(StlOutput, RejectedCallsLeaveAnEmptyFileOpenAndFailedWritesAClosedOne) {
+TEST(Stl, RejectsWhatIsNoFileAndLeavesAFileOpenForWrongArguments) {
     const scratch_file file("old content");
     const auto before = open_descriptors();
     EXPECT_EQ(STL_output(file, dense2D<double>(4, 4), columns({{0, 1, 9}}), true), -2);
     EXPECT_EQ(STL_output(file, square, columns({{0, 1, 4}}), true), -3);
-    EXPECT_EQ(STL_output(file, square, columns({{0, 1, 2, 3}}), false), -3);
     EXPECT_EQ(file.content(), "");
-    for (const char* name : {static_cast<const char*>(nullptr), "/nowhere/file.stl", "/dev/full"})
-        for (const bool ascii : {true, false})
-            EXPECT_EQ(STL_output(name, square, facets, ascii), -1);
-    EXPECT_EQ(open_descriptors(), before + 3);
+    for (const char* name :
+         {static_cast<const char*>(nullptr), "/nowhere/file.stl", "/tmp", "/dev/full"}) {
+        EXPECT_EQ(STL_output(name, square, facets, true), -1);
+        EXPECT_EQ(reading(name, true).result, -1);
+        EXPECT_EQ(reading(name, false).result, -1);
+        EXPECT_EQ(STL_detect(name), STL_format::unreadable);
+    }
+    EXPECT_EQ(reading(file, true).result, -1);
+    EXPECT_EQ(open_descriptors(), before + 2);
 }
 
 TEST(StlInput, SharesNodesAgain) {
     for (const bool ascii : {true, false}) {
-        const reading r = read_text(written(square, facets, ascii), ascii);
-        EXPECT_EQ(r.result, 2);
-        EXPECT_EQ(list(r.pos), list(square));
-        EXPECT_EQ(list(r.conn), list(facets));
+        const scratch_file file(written(square, facets, ascii));
+        reading r(file, ascii);
         EXPECT_EQ(r.report.announced_facets, ascii ? 0u : 2u);
         EXPECT_EQ(r.report.merged_nodes, 2u);
-        EXPECT_EQ(r.report.removed_nodes, 2u);
+        EXPECT_EQ(STL_input(file, r.pos, r.conn, ascii), 2);
+        EXPECT_EQ(list(r.pos), list(square));
+        EXPECT_EQ(list(r.conn), list(facets));
     }
 }
 
 TEST(StlInput, CleansByTheSmallestPositiveHeightOrAsTold) {
-    // the square and a triangle of height 0.01 below it
-    const dense2D<double> pos =
-        points({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {0.5, -0.01, 0}});
-    const std::string sliver = written(pos, columns({{0, 1, 2}, {2, 1, 3}, {1, 0, 4}}), true);
-    EXPECT_NEAR(read_text(sliver).report.tolerance, 0.0005, 1e-15);
-    EXPECT_EQ(read_text(sliver, true, 0.6).report.removed_elements, 1u);
-    const reading refused = read_text(sliver, true, -1.0);
-    EXPECT_EQ(refused.result, -5);
-    EXPECT_TRUE(refused.pos.empty() && refused.conn.empty());
     // facets without area or with a coordinate that is no finite number do not count; alone they
     // stay as they are
     for (const double x : {0.0, 0.5, double{NAN}, double{INFINITY}}) {
-        const dense2D<double> line = points({{0, 0, 0}, {1, 0, 0}, {x, 0, 0}, {3, 4, 0}});
-        EXPECT_EQ(list(read_text(written(line, columns({{0, 1, 2}, {0, 0, 1}}), true)).conn),
+        const dense2D<double> pos =
+            points({{0, 0, 0}, {1, 0, 0}, {x, 0, 0}, {3, 4, 0}, {0.5, -0.01, 0}});
+        EXPECT_EQ(list(read_text(written(pos, columns({{0, 1, 2}, {0, 0, 1}}), true)).conn),
                   list(columns({{0, 1, 2}, {3, 4, 5}})));
-        const reading both = read_text(written(line, columns({{0, 1, 2}, {0, 1, 3}}), true));
-        EXPECT_NEAR(both.report.tolerance, 0.05 * 4 / 5, 1e-15) << x;
+        const std::string all = written(pos, columns({{0, 1, 2}, {0, 1, 3}, {1, 0, 4}}), true);
+        EXPECT_NEAR(read_text(all).report.tolerance, 0.05 * 0.01, 1e-15) << x;
     }
+    const reading refused = read_text(written(square, facets, true), true, -1.0);
+    EXPECT_EQ(refused.result, -5);
+    EXPECT_TRUE(refused.pos.empty() && refused.conn.empty());
 }
 
-TEST(StlInput, StopsAtTheLastWholeFacet) {
+TEST(StlInput, StopsAtTheLastWholeFacetWhateverTheCount) {
     const std::string ascii = written(square, facets, true);
     const std::size_t second = ascii.find("   facet", 20), end = ascii.find("endsolid");
     const std::size_t last_line = std::string("   endfacet\n").size();
@@ -141,12 +123,16 @@ TEST(StlInput, StopsAtTheLastWholeFacet) {
         const int whole = (n > second - last_line) + (n > end - last_line);
         ASSERT_EQ(read_text(ascii.substr(0, n)).result, whole) << n;
     }
-    const std::string binary = written(square, facets, false);
+    std::string binary = written(square, facets, false);
     for (std::size_t n = 0; n <= binary.size(); ++n) {
         const reading r = read_text(binary.substr(0, n), false);
         ASSERT_EQ(r.result, n < 84 ? -1 : static_cast<int>(n - 84) / 50) << n;
         ASSERT_EQ(r.report.unread_bytes, n < 84 ? 0 : (n - 84) % 50) << n;
     }
+    binary.replace(80, 4, 4, '\xFF');
+    EXPECT_EQ(read_text(binary, false).result, 2);
+    binary.replace(80, 4, 4, '\0');
+    EXPECT_EQ(read_text(binary, false).report.unread_bytes, 100u);
 }
 
 TEST(StlInput, ReadsTheAsciiFormAsItIsScanned) {
@@ -160,30 +146,11 @@ TEST(StlInput, ReadsTheAsciiFormAsItIsScanned) {
         EXPECT_EQ(r.result, whole) << text.substr(0, 99);
         EXPECT_EQ(r.report.unread_bytes, unread) << text.substr(0, 99);
     };
-    const comma_locale commas;
     expect(line + nul + "\n" + good + "endsolid\n \r\n", 1, 0);
     expect(std::string("\n") + facet("\t facet\n\nnormal", "\v vertex") + "  endsolid a b", 1, 0);
     expect("s\n" + good + good + "endsolid\nsolid\n" + good, 2, 6 + good.size());
-    expect(std::string("s\n") + facet("FACET NORMAL", "vertex"), 0, good.size());
     expect(std::string("s\n") + facet("facetnormal", "VERTEX"), 0, good.size() - 1);
     expect("s\n" + good + "facet normal 0 0\nendsolid", 1, 25);
-    expect("s\nfacet normal nan inf 1e999\n" + good.substr(good.find("loop")), 1, 0);
-    expect("s\nfacet normal 0 0 x\n" + good, 0, 19 + good.size());
-}
-
-TEST(StlInput, RefusesWhatIsNoFileAndBelievesNoCount) {
-    const scratch_file empty;
-    const auto before = open_descriptors();
-    for (const char* name : {static_cast<const char*>(nullptr), "/nowhere/file.stl", "/tmp",
-                             "/dev/zero", static_cast<const char*>(empty)}) {
-        EXPECT_EQ(reading(name, true).result, -1);
-        EXPECT_EQ(reading(name, false).result, -1);
-        EXPECT_EQ(reading(name, false).pos.rows(), 0u);
-    }
-    const std::string one = written(square, one_facet, false);
-    EXPECT_EQ(read_text(with_count(one, "\xFF\xFF\xFF\xFF"), false).result, 1);
-    EXPECT_EQ(read_text(with_count(one, "\0\0\0\0"), false).report.unread_bytes, 50u);
-    EXPECT_EQ(open_descriptors(), before);
 }
 
 TEST(StlInput, ReadsAPipe) {
@@ -193,34 +160,25 @@ TEST(StlInput, ReadsAPipe) {
     EXPECT_EQ(STL_detect(pipe), STL_format::unreadable) << "and does not wait for a writer";
     // more facets than one step of the reader
     const auto fan = columns(std::vector(5000, std::vector{0u, 1u, 2u}));
-    for (const bool ascii : {true, false}) {
-        std::thread writer([&] { EXPECT_EQ(STL_output(pipe, square, fan, ascii), 0); });
-        const reading r(pipe, ascii, 0.0);
-        writer.join();
-        EXPECT_EQ(r.result, 5000);
-        EXPECT_EQ(list(r.pos), list(square.sub_matrix(0, 0, 3, 3)));
-    }
+    std::thread writer([&] { EXPECT_EQ(STL_output(pipe, square, fan, false), 0); });
+    const reading r(pipe, false, 0.0);
+    writer.join();
+    EXPECT_EQ(r.result, 5000);
+    EXPECT_EQ(list(r.pos), list(square.sub_matrix(0, 0, 3, 3)));
 }
 
 TEST(StlDetect, TellsTheFormBySizeAndContent) {
-    const std::string binary = written(square, facets, false),
-                      zero = with_count(binary, "\0\0\0\0");
-    const std::string solid = "solid of steel" + binary.substr(14), nuls(200, '\0');
-    const auto expect = [](STL_format format, const std::string& content) {
-        EXPECT_EQ(STL_detect(scratch_file(content)), format)
-            << content.substr(0, 14) << content.size();
+    const std::string binary = written(square, facets, false), nuls(200, '\0');
+    const std::string zero = std::string(binary).replace(80, 4, 4, '\0');
+    const std::string solid = "solid of steel" + binary.substr(14);
+    const auto expect = [](STL_format format, const std::vector<std::string>& contents) {
+        for (const std::string& content : contents)
+            EXPECT_EQ(STL_detect(scratch_file(content)), format) << content << content.size();
     };
-    for (const std::string& text :
-         {written(square, facets, true), std::string("\xEF\xBB\xBF \r\n\tSOLID")})
-        expect(STL_format::ascii, text);
-    for (const std::string& bytes :
-         {binary, solid, solid + '\n', binary.substr(0, 134), zero, zero.substr(0, 84)})
-        expect(STL_format::binary, bytes);
-    for (const std::string& other : {std::string(), "soli" + std::string(500, 'v'),
-                                     "\x89PNG\n\x1a" + nuls, "\n" + solid, binary.substr(0, 133)})
-        expect(STL_format::unknown, other);
-    for (const char* name : {static_cast<const char*>(nullptr), "/nowhere", "/tmp", "/dev/zero"})
-        EXPECT_EQ(STL_detect(name), STL_format::unreadable);
+    expect(STL_format::ascii, {written(square, facets, true), "\xEF\xBB\xBF \r\n\tSOLID"});
+    expect(STL_format::binary, {solid, solid + '\n', binary.substr(0, 134), zero});
+    expect(STL_format::unknown, {"", "soli" + std::string(500, 'v'), "\x89PNG\n\x1a" + nuls,
+                                 "\n" + solid, binary.substr(0, 133)});
 }
 
 } // namespace
