@@ -17,6 +17,15 @@ inline bool names(const std::vector<unsigned int>& column, unsigned int node) {
     return std::find(column.begin(), column.end(), node) != column.end();
 }
 
+/// Lists one after the other, list k from offsets[k] to offsets[k + 1], as lists.
+inline column_list split(const dense1D<unsigned int>& items, const dense1D<unsigned int>& offsets) {
+    column_list lists;
+    for (std::uint64_t k = 0; k + 1 < offsets.size(); ++k)
+        lists.emplace_back(items.begin() + offsets[k], items.begin() + offsets[k + 1]);
+    EXPECT_TRUE(offsets[0] == 0 && *(offsets.end() - 1) == items.size());
+    return lists;
+}
+
 /// Elements of a kind over at most 9 nodes, so that sides shared by many, repeated and degenerate
 /// elements are frequent. Every third mesh has indices near 2^32, no_node among them in the kinds
 /// without padding. For the mixed kinds `shapes` tells the kind of every column.
