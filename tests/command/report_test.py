@@ -4,6 +4,7 @@ import errno
 import json
 import math
 import os
+import random
 import resource
 import stat
 import struct
@@ -136,8 +137,10 @@ class Failures(Command):
         self.file(b"", "empty")
         self.file(binary([], count=0xFFFFFFFF).ljust(100, b"\0"), "boast")
         self.file(b"solid nothing\nendsolid nothing\n", "hollow")
+        self.file(random.Random(1).randbytes(5000), "noise")
         for name, reason in (("pipe", "Not a regular file"), (".", "Is a directory"), ("empty", ""),
-                             ("boast", ""), ("hollow", "no facet"), ("missing", "No such file")):
+                             ("boast", ""), ("hollow", "no facet"), ("noise", "not an STL file"),
+                             ("missing", "No such file")):
             with self.subTest(name):
                 self.assert_fails(3, "%s: %s" % (name, reason), "report", name, "--vtk", "out.vtk")
                 self.assertFalse(os.path.exists("out.vtk"))
