@@ -28,6 +28,7 @@ const corner_list pyramid = {
 const corner_list wedge = {{0, 0, 0}, {1, 0, 0}, {0.5, h, 0}, {0, 0, 1}, {1, 0, 1}, {0.5, h, 1}};
 const corner_list cube = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
                           {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};
+const corner_list usual_tetrahedron = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
 
 const std::pair<element_type, corner_list> ideals[] = {
     {ET_TRIA3, triangle},  {ET_QUAD4, square},       {ET_TRIA3, triangle_3d},
@@ -39,8 +40,19 @@ corner_list with(corner_list corners, std::size_t i, std::vector<double> moved) 
     return corners;
 }
 corner_list scaled(corner_list corners, std::vector<double> factors) {
+    for (auto& p : corners) {
+        for (std::size_t axis = 0; axis < p.size(); ++axis)
+            p[axis] *= factors[axis];
+    }
+    return corners;
+}
+corner_list mirrored(const corner_list& corners) {
+    return scaled(corners, {-1, 1, 1});
+}
+/// x += part * (coordinate `axis`)
+corner_list sheared(corner_list corners, std::size_t axis, double part) {
     for (auto& p : corners)
-        std::transform(p.begin(), p.end(), factors.begin(), p.begin(), std::multiplies());
+        p[0] += part * p[axis];
     return corners;
 }
 
@@ -54,40 +66,83 @@ double rate(element_type kind, const corner_list& corners) {
 
 corner_list shaken(corner_list corners, double reach, std::mt19937& draw) {
     std::uniform_real_distribution<double> shift(-reach, reach);
-    for (auto& p : corners)
+    for (auto& p : corners) {
         for (double& x : p)
             x += shift(draw);
+    }
     return corners;
 }
 
 } // namespace
 
 TEST(shape_qualities, reference_values) {
-    const std::tuple<element_type, corner_list, double> cases[] = {
+    const struct {
+        element_type kind;
+        corner_list corners;
+        double value;
+    } cases[] = {
+        {ET_BAR2, {{0, 0}, {0, 0}}, 1},
+        {ET_TRIA3, mirrored(triangle), -1},
+        {ET_TRIA3, mirrored(triangle_3d), 1},
         {ET_TRIA3, with(triangle, 2, {0, 1}), 0.7174389352143009},
+        {ET_TRIA3, with(triangle, 2, {3, 0}), 0},
+        {ET_TRIA3, {{2, 5, 1}, {2, 5, 1}, {2, 5, 1}}, 0},
         {ET_TRIA3, {{0}, {1}, {3}}, 0}, // one dimension
         {ET_TRIA3, with(triangle, 2, {nan, 1}), 0},
+        {ET_TRIA3, with(triangle_3d, 1, {inf, 0, 0}), 0},
+
         {ET_QUAD4, scaled(square, {2, 1}), 0.8432740427115678},
         {ET_QUAD4, with(square, 2, {0.25, 0.25}), -0.2792407799438736},
         {ET_QUAD4, {{0, 0}, {10, 0}, {9, 0.125}, {1, 0.125}}, long_sides},
+        {ET_QUAD4, corner_list(4, {0, 0, 1, 1}), 0}, // four dimensions
         {ET_QUAD4, {{0, 0, 0}, {10, 0, 0}, {9, 0.125, 0}, {1, 0.125, 0}}, long_sides},
+        {ET_QUAD4, {{0, 0, 0}, {2, 2, 1}, {0, 3, 3}, {-2, 1, 2}}, 1},
         {ET_QUAD4, {{0, 0, 0}, {2, 2, 1}, {1, 4, 3}, {-1, 2, 2}}, 0.5869760893038727},
+        {ET_QUAD4, scaled(square_3d, {2, 1, 1}), 0.8432740427115678},
+        {ET_QUAD4, sheared(square_3d, 1, 0.5), 0.583347110386223},
         {ET_QUAD4, with(square_3d, 2, {1, 1, 0.5}), 0.8149977645492442},
         {ET_QUAD4, with(square_3d, 2, {0.25, 0.25, 0}), -0.2792407799438736},
-        {ET_TETRA4, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, -0.732050807568877},
+        {ET_QUAD4, with(square_3d, 1, {0, 0, 0}), 0},
+        {ET_QUAD4, with(square_3d, 2, {0, 0, 0}), 0},
+
+        {ET_TETRA4, usual_tetrahedron, -0.732050807568877},
+        {ET_TETRA4, mirrored(tetrahedron), -1},
+        {ET_TETRA4, with(usual_tetrahedron, 3, {1, 1, 0}), 0},
         // The face 0 1 2 is so flat that its Gram determinant cancels out: area by cross product.
-        {ET_TETRA4, {{0, 0, 0}, {1, 0, 0}, {2, 1e-9, 0}, {0, 0, 1}}, -5.477225573682355e-10},
+        {ET_TETRA4, with(usual_tetrahedron, 2, {2, 1e-9, 0}), -5.477225573682355e-10},
+
         {ET_PYRAMID5, scaled(pyramid, {2, 1, 1}), 0.585786437626905},
+        {ET_PYRAMID5, scaled(pyramid, {1, 1, 0.5}), 0.7071067811865476},
+        {ET_PYRAMID5, with(pyramid, 4, {0.5, 0.5, 1}), 0.8944271909999159},
         {ET_PYRAMID5, with(pyramid, 4, {0, 0, 1}), 0.585786437626905},
+        {ET_PYRAMID5, with(pyramid, 2, {0.75, 0.75, 0}), 0.7071067811865475},
         {ET_PYRAMID5, with(pyramid, 2, {0.25, 0.25, 0}), -0.7071067811865475},
+        {ET_PYRAMID5, with(pyramid, 1, {0, 0, 0}), 0},
+        {ET_PYRAMID5, with(pyramid, 4, {0.5, 0.5, -1}), -0.8944271909999159},
+
         {ET_PENTA6, scaled(wedge, {2, 1, 1}), 0.6061689171085145},
+        {ET_PENTA6, scaled(wedge, {1, 1, 2}), 0.5630659918114416},
+        {ET_PENTA6, scaled(wedge, {1, 1, 0.5}), 0.8169872981077807},
+        {ET_PENTA6, sheared(wedge, 2, 0.5), 0.8547521239436781},
+        {ET_PENTA6, with(with(wedge, 2, {0, 1, 0}), 5, {0, 1, 1}), 0.7150982795387746},
         {ET_PENTA6, with(wedge, 5, {0.5, h, 0.5}), 0.6915756484482462},
         {ET_PENTA6, with(wedge, 5, {0.5, h, -0.5}), -0.4531830145739057},
+        {ET_PENTA6, with(wedge, 3, {0, 0, 0}), 0},
+        {ET_PENTA6, mirrored(sheared(wedge, 2, 0.5)), -0.8547521239436781},
+
         {ET_HEXA8, scaled(cube, {2, 1, 1}), 0.6},
+        {ET_HEXA8, scaled(cube, {1, 1, 0.5}), 0.75},
+        {ET_HEXA8, sheared(cube, 2, 0.5), 0.8605684167270892},
+        {ET_HEXA8, with(with(with(cube, 5, {0.5, 0, 1}), 6, {0.5, 0.5, 1}), 7, {0, 0.5, 1}),
+         0.4476295477536918},
         {ET_HEXA8,
          {cube[0], cube[1], cube[2], cube[3], cube[5], cube[6], cube[7], cube[4]},
          0.3106601717798213},
+        {ET_HEXA8, with(cube, 6, {0.75, 0.75, 0.75}), 0.408248290463863},
+        {ET_HEXA8, with(cube, 6, {0.5, 0.5, 0.5}), -0.7071067811865475},
         {ET_HEXA8, with(cube, 6, {-0.25, -0.25, -0.25}), -0.5601120336112039},
+        {ET_HEXA8, with(cube, 1, {0, 0, 0}), 0},
+        {ET_HEXA8, mirrored(sheared(cube, 2, 0.5)), -0.8605684167270892},
     };
     for (const auto& [kind, corners, value] : cases)
         EXPECT_NEAR(rate(kind, corners), value, std::abs(value) * 1e-14) << "kind " << kind;
@@ -122,10 +177,11 @@ TEST(shape_qualities, invariance_and_flatness) {
                 EXPECT_NEAR(rate(kind, scaled(element, {size, size, size})), q, 1e-12) << kind;
             // Their last corner is out of the plane of the first; surfaces in space have no sign.
             const bool is_solid = ideal.back().size() == 3 && ideal.back()[2] != 0;
-            const double reflected = rate(kind, scaled(element, {-1, 1, 1}));
-            if (ideal[0].size() == 3 || kind == ET_TRIA3) { // else of the most inverted corner
+            const double reflected = rate(kind, mirrored(element));
+            if (ideal[0].size() == 2 && kind == ET_QUAD4)
+                EXPECT_LT(reflected, 0); // tells the most inverted corner
+            else
                 EXPECT_NEAR(reflected, is_solid || ideal[0].size() == 2 ? -q : q, 1e-14) << kind;
-            }
             if (!is_solid) continue;
             corner_list pressed = shaken(ideal, 0.3, draw);
             for (auto& p : pressed)
@@ -140,31 +196,34 @@ TEST(shape_qualities, invariance_and_flatness) {
 }
 
 TEST(shape_qualities, hostile_coordinates) {
-    const ratings sources[] = {{0, 1e-9, 1, 1 + 1e-9},
-                               {0, 1e-150, -1e-150, 2e-160},
-                               {0, 5e-324, 1e308, -1e308},
-                               {0, 1, 1, 1, 1, 1, 1, 1, 2, nan, inf, -inf}};
+    const ratings sources[] = {
+        {0, 1, 2, 0.5, -1},         {0, 1e-9, 1, 1 + 1e-9},
+        {0, 1e150, -1e150, 1},      {0, 1e-150, -1e-150, 2e-160},
+        {0, 5e-324, 1e308, -1e308}, {0, 1, 1, 1, 1, 1, 1, 1, 2, nan, inf, -inf}};
     std::mt19937 draw(1);
-    for (const ratings& source : sources)
-        for (auto [kind, corners] : ideals)
+    for (const ratings& source : sources) {
+        for (const auto& [kind, ideal] : ideals) {
+            corner_list corners = ideal;
             for (int k = 0; k < 400; ++k) {
                 for (double& x : corners[draw() % corners.size()])
                     x = source[draw() % source.size()];
                 EXPECT_LE(std::abs(rate(kind, corners)), 1) << kind; // false for NaN
             }
+        }
+    }
 }
 
 TEST(shape_qualities, mixed_kinds_rate_each_column_by_its_shape) {
     corner_list nodes = cube;
     nodes.push_back({0.5, 0.5, 0.7});
     const dense2D<double> pos = strided(points(nodes), nan);
-    const auto faces = columns({{0, 1, 2, none}, {0, 1, 6, 3}});
+    const auto faces = columns({{0, 1, 2, none}, {0, 1, 6, 3}, {4, 1, 2, none}});
     const auto solids = columns({{2, 1, 0, 8, none, none, none, none},
                                  {0, 1, 2, 3, 8, none, none, none},
                                  {0, 1, 3, 4, 5, 7, none, none},
                                  {0, 1, 8, 3, 4, 5, 6, 7}});
     const std::tuple<element_type, dense2D<unsigned int>, std::vector<element_type>> cases[] = {
-        {ET_FACE_MIX, faces, {ET_TRIA3, ET_QUAD4}},
+        {ET_FACE_MIX, faces, {ET_TRIA3, ET_QUAD4, ET_TRIA3}},
         {ET_SOLID_MIX, solids, {ET_TETRA4, ET_PYRAMID5, ET_PENTA6, ET_HEXA8}}};
     dense1D<double> Q, alone;
     for (const auto& [mixed, conn, kinds] : cases) {
@@ -178,9 +237,11 @@ TEST(shape_qualities, mixed_kinds_rate_each_column_by_its_shape) {
             EXPECT_NE(Q[j], 0);
         }
     }
-    // Solids have no shape in the plane.
+    // Solids have no shape in the plane, and nothing has one without rows.
     EXPECT_EQ(shape_qualities(dense2D<double>(2, 9), solids, ET_SOLID_MIX, Q), 0);
     EXPECT_EQ(list(Q), ratings(4, 0.0));
+    EXPECT_EQ(shape_qualities(pos, dense2D<unsigned int>(0, 2), ET_BAR2, Q), 0);
+    EXPECT_EQ(list(Q), ratings(2, 0.0));
 }
 
 TEST(shape_qualities, rejected_calls) {
@@ -188,11 +249,16 @@ TEST(shape_qualities, rejected_calls) {
     const auto good = columns({{0, 1, 2}}), beyond = columns({{0, 1, 4}});
     const std::uint64_t unchecked = std::uint64_t{1} << 32; // nodes, none of which has a coordinate
     const std::tuple<dense2D<double>, dense2D<unsigned int>, int, int> cases[] = {
+        {pos, good, ET_TETRA10, -3},
         {pos, dense2D<unsigned int>(10, 0), ET_TETRA10, -3},
+        {pos, good, ET_TRIA6, -3},
+        {pos, good, ET_NODE1, -3},
         {pos, good, ET_EDGE_MIX, -3},
         {pos, good, 21, -3},
         {pos, good, ET_QUAD4, -2},
+        {pos, beyond, ET_TRIA3, -2},
         {pos, beyond, ET_FACE_MIX, -2},
+        {pos, good, ET_SOLID_MIX, -2},
         {pos, columns({{0, none}}), ET_BAR2, -2},
         {dense2D<double>(0, unchecked), good, ET_HEXA8, -2}};
     misc::histogram statistics(0, 1, 1);
@@ -211,6 +277,7 @@ TEST(shape_qualities, rejected_calls) {
     EXPECT_EQ(shape_qualities(pos, run, run + 2, dense1D<int>(1, ET_TRIA3), Q), -4);
     EXPECT_EQ(list(Q), ratings(5, 7.0));
     EXPECT_EQ(shape_qualities(pos, run, run + 2, dense1D<int>(2, ET_TRIA3), Q), -2);
+    EXPECT_TRUE(Q.empty());
 }
 
 // A view of fitting size is written in place, over the coordinates too.
@@ -220,15 +287,20 @@ TEST(shape_qualities, run_form) {
     const dense2D<unsigned int> run[] = {columns({{0, 1, 2}, {0, 0, 1}}),
                                          dense2D<unsigned int>(0, 9), columns({{0, 1, 2, 3}}),
                                          columns({{0, 3}})};
-    int kinds[] = {ET_TRIA3, ET_HEXA27, ET_QUAD4, ET_BAR2};
-    const auto types = dense1D<int>::wrap(kinds, 4);
+    dense1D<int> types(4, ET_TRIA3);
+    types[1] = ET_HEXA27;
+    types[2] = ET_QUAD4;
+    types[3] = ET_BAR2;
     misc::histogram statistics(-1, 1, 4);
     ASSERT_EQ(shape_qualities(pos, run, run + 4, types, statistics), 0);
+    EXPECT_EQ(statistics.count(), 4u);
     EXPECT_EQ(statistics.count_in(3), 3u);
     auto Q = dense1D<double>::wrap(memory.data() + 3, 4);
     ASSERT_EQ(shape_qualities(pos, run, run + 4, types, Q), 0);
     const double right_angled = rate(ET_TRIA3, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}});
     EXPECT_EQ(memory, (ratings{0, 0, 0, right_angled, 0, 1, 1, 1, 0, 0, 1, 0}));
+    EXPECT_EQ(shape_qualities(pos, run, run, dense1D<int>(), Q), 0);
+    EXPECT_TRUE(Q.empty());
 }
 
 } // namespace kvx::zelvo::tests
