@@ -12,31 +12,23 @@ TEST(get_IDs, matches_values_by_their_last_place) {
 }
 
 TEST(get_IDs, matches_elements_as_they_stand_or_turned) {
-    const struct {
-        std::vector<unsigned int> first, second;
-        bool exact, turned;
-    } cases[] = {
-        {{3, 8, 5}, {3, 8, 5}, true, true},
-        {{3, 8, 5}, {5, 3, 8}, false, true},
-        {{3, 8, 5}, {3, 5, 8}, false, false},
-        {{3, 8, 5, none}, {5, 3, 8, none}, false, true},
-        {{3, 8, 5, none}, {3, 8, none, none}, false, false},
-        {{3, 8, none, 5}, {8, 3, none, 5}, false, true},
-        {{3, 8, none, 5}, {8, 3, none, 6}, false, false},
-        {{8, 1, 8, 2}, {8, 2, 8, 1}, false, false}, // the first of two largest nodes leads
-        {{none, 1}, {none, 1}, true, true},
-    };
-    for (const auto& c : cases) {
-        for (const bool exact : {true, false}) {
-            dense1D<unsigned int> in_first, in_second;
-            EXPECT_EQ(get_IDs(strided(columns({c.first}), 8u), strided(columns({c.second}), 5u),
-                              in_first, in_second, exact),
-                      0);
-            const unsigned int found = (exact ? c.exact : c.turned) ? 0 : none;
-            EXPECT_EQ(list(in_first), list(vec({found}))) << testing::PrintToString(c.second);
-            EXPECT_EQ(list(in_second), list(vec({found})));
-        }
-    }
+    constexpr unsigned int o = none;
+    // Of two largest nodes in an element, the first leads.
+    const auto E1 = strided(columns({{3, 8, 5, o}, {3, 8, o, 5}, {8, 1, 8, 2}, {o, 1, o, o}}), 8u);
+    const auto E2 = strided(columns({{3, 8, 5, o},
+                                     {5, 3, 8, o},
+                                     {3, 5, 8, o},
+                                     {3, 8, o, o},
+                                     {8, 3, o, 5},
+                                     {8, 2, 8, 1},
+                                     {o, 1, o, o}}),
+                            5u);
+    dense1D<unsigned int> E2_in_E1, E1_in_E2;
+    EXPECT_EQ(get_IDs(E1, E2, E2_in_E1, E1_in_E2, true), 0);
+    EXPECT_EQ(list(E2_in_E1), list(vec({0, o, o, o, o, o, 3})));
+    EXPECT_EQ(get_IDs(E1, E2, E2_in_E1, E1_in_E2, false), 0);
+    EXPECT_EQ(list(E2_in_E1), list(vec({0, 0, o, o, 1, o, 3})));
+    EXPECT_EQ(list(E1_in_E2), list(vec({1, 4, o, 6})));
 }
 
 TEST(get_IDs, names_the_first_of_equal_elements_and_the_last_that_matched_it) {

@@ -34,7 +34,6 @@ inline const std::vector<std::pair<const char*, cloud_maker>> hostile_clouds = {
     {"lattice full of ties", [](auto& r) { return double(r() % 5) / 4; }},
     {"decimal lattice", [](auto& r) { return 0.1 * double(r() % 9); }},
     {"all equal", [](auto&) { return 0.3; }},
-    {"on a line", [n = 0](auto& r) mutable { return ++n % 3 == 1 ? double(r() % 20) / 20 : 0.0; }},
     {"far from the origin", [](auto& r) { return 1e6 + double(r() % 6) * 0x1p-33; }},
     {"many scales", [](auto& r) { return std::pow(10.0, -double(r() % 200)) * double(r() % 3); }},
     {"squares underflow", [](auto& r) { return 1e-163 * double(r() % 40); }},
