@@ -50,9 +50,10 @@ TEST(simplify, renumbers_elements_met_twice_once) {
     EXPECT_EQ(list(conn), list(columns({{0, 1}, {1, 2}, {2, 3}})));
     EXPECT_EQ(list(range[3]), list(columns({{3, 1}})));
     EXPECT_EQ(list(new_IDs), list(vec({none, 0, none, 1, 2, none, 3})));
-    auto first = conn.sub_matrix(0, 0, 2, 1);
-    EXPECT_EQ(simplify(pos, first, range[3], 0), 1); // node 2 goes
-    EXPECT_EQ(list(range[3]), list(columns({{2, 1}})));
+    conn(0, 0) = 3; // no element names node 0 any longer
+    auto tail = conn.sub_matrix(0, 1, 2, 2);
+    EXPECT_EQ(simplify(pos, tail, conn, 0), 1);
+    EXPECT_EQ(list(conn), list(columns({{2, 0}, {0, 1}, {1, 2}})));
 }
 
 } // namespace kvx::zelvo::tests

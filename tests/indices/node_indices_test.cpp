@@ -31,6 +31,7 @@ TEST(check_IDs, accepts_no_node_anywhere_or_where_the_kind_pads) {
         {{{0, 1, 2, o}}, ET_SOLID_MIX, 4, false},
         {{{0, 1, 2, 3, o, o}, {0, 1, 2, 3, 4, o}}, ET_SOLID_MIX, 5, true},
         {{{0, 1, 2, 3, 4, 5, 6, o}}, ET_SOLID_MIX, 9, false},
+        {{{0, 1, 2, 3, 4, o, 6, o}}, ET_SOLID_MIX, 9, false},
     };
     for (const auto& [m, kind, n, valid] : cases)
         EXPECT_EQ(check_IDs(strided(columns(m), 99u), static_cast<element_type>(kind), n), valid)
