@@ -8,6 +8,8 @@
 #include <limits>
 #include <vector>
 
+#include "search/distances.h"
+
 namespace kvx::zelvo {
 
 /// What a point may be in a pair, as bits. A pair is made of a survivor and an absorbable point.
@@ -25,15 +27,6 @@ struct numbered_point {
     unsigned int id;
     pair_role role;
 };
-
-/// The sum whose square root is the distance, in one fixed order.
-template <unsigned Dim>
-double squared_distance(const double* a, const double* b) {
-    double sum = 0;
-    for (unsigned i = 0; i < Dim; ++i)
-        sum += (a[i] - b[i]) * (a[i] - b[i]);
-    return sum;
-}
 
 /// Largest number whose square root is no larger than the radius. It is found among a few
 /// neighbours of the square.

@@ -17,6 +17,7 @@
 #include "foundation/memory_guard.h"
 #include "indices/index_collection.h"
 #include "search/close_pairs.h"
+#include "search/distances.h"
 
 namespace kvx::zelvo {
 
@@ -130,15 +131,6 @@ void resolve_chains(dense1D<unsigned int>& new_IDs) {
         for (unsigned int i = static_cast<unsigned int>(k); i != last;)
             i = std::exchange(new_IDs[i], last);
     }
-}
-
-/// Whether q lies in the closed box p +/- tol.
-template <unsigned Dim>
-bool in_box(const double* p, const double* q, double tol) {
-    bool inside = true;
-    for (unsigned i = 0; i < Dim; ++i)
-        inside &= p[i] - tol <= q[i] && q[i] <= p[i] + tol;
-    return inside;
 }
 
 template <unsigned Dim>

@@ -15,6 +15,7 @@
 #include <kvx/element_type.h>
 
 #include "foundation/hashing.h"
+#include "search/distances.h"
 
 namespace kvx::zelvo {
 
@@ -92,10 +93,7 @@ public:
         if (records_.empty()) {
             build(nodes);
         } else {
-            std::vector<placed_node> items(nodes.size());
-            std::transform(nodes.begin(), nodes.end(), items.begin(), [this](unsigned int node) {
-                return placed_node{at(node), node};
-            });
+            std::vector<placed_node> items = placed(nodes);
             insert_below(0, 0, items.data(), items.data() + items.size());
         }
     }
@@ -108,7 +106,7 @@ public:
         for (unsigned axis = 0; r != no_node; axis = next(axis)) {
             const record& R = records_[r];
             const double* const x = coordinates(R.node);
-            if (R.node != skipped) best.offer(R.node, squared_distance(x, P));
+            if (R.node != skipped) best.offer(R.node, squared_distance<Dim>(x, P.data()));
             if (best.d2 == 0) return best.node;
             r = x[axis] > P[axis] ? R.lower : R.upper;
         }
@@ -182,13 +180,6 @@ private:
     /// Whether there are records and the matrix still has all that they refer to.
     bool covered() const { return !records_.empty() && has_node(largest_); }
 
-    static double squared_distance(const double* x, const point& P) {
-        double sum = 0;
-        for (unsigned i = 0; i < Dim; ++i)
-            sum += (x[i] - P[i]) * (x[i] - P[i]);
-        return sum;
-    }
-
     static bool inside(const double* x, const point& min, const point& max) {
         bool in = true;
         for (unsigned i = 0; i < Dim; ++i)
@@ -216,8 +207,8 @@ private:
             while (r != no_node) {
                 const record& R = records_[r];
                 const double* const x = coordinates(R.node);
-                if (R.node != skipped && in_reach(x, P, radius) &&
-                    best.offer(R.node, squared_distance(x, P)))
+                if (R.node != skipped && in_box<Dim>(P.data(), x, radius) &&
+                    best.offer(R.node, squared_distance<Dim>(x, P.data())))
                     radius = std::sqrt(best.d2);
                 const double c = x[axis];
                 const bool go_upper = !(c >= P[axis] + radius);
@@ -237,11 +228,12 @@ private:
         }
     }
 
-    static bool in_reach(const double* x, const point& P, double radius) {
-        bool in = true;
-        for (unsigned i = 0; i < Dim; ++i)
-            in &= P[i] - radius <= x[i] && x[i] <= P[i] + radius;
-        return in;
+    std::vector<placed_node> placed(const std::vector<unsigned int>& nodes) const {
+        std::vector<placed_node> items(nodes.size());
+        std::transform(nodes.begin(), nodes.end(), items.begin(), [this](unsigned int node) {
+            return placed_node{at(node), node};
+        });
+        return items;
     }
 
     /// The tree of one insertion after the other, made from the top: the first node of a segment is
@@ -251,10 +243,7 @@ private:
         constexpr std::size_t short_segment = 16;
         // Deeper segments hold many nodes at equal coordinates, which do not part.
         const unsigned deep = 64 + 4 * static_cast<unsigned>(std::bit_width(nodes.size()));
-        std::vector<placed_node> items(nodes.size());
-        std::transform(nodes.begin(), nodes.end(), items.begin(), [this](unsigned int node) {
-            return placed_node{at(node), node};
-        });
+        std::vector<placed_node> items = placed(nodes);
         std::vector<placed_node> uppers(nodes.size());
         std::vector<segment> segments = {{0, items.size(), no_node, false, 0}};
         while (!segments.empty()) {
