@@ -1,9 +1,7 @@
 #include "io/text_reader.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
-#include <limits>
 
 namespace kvx::zelvo {
 
@@ -16,23 +14,6 @@ constexpr bool is_digit(char c) noexcept {
 }
 constexpr bool is_letter(char c) noexcept {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-/// Whether an unsigned decimal number that no double holds is too large rather than too small. Its
-/// size is that far from 1 that the place of its first non-zero digit decides.
-bool is_large(std::string_view number) {
-    const std::size_t e = std::min(number.find_first_of("eE"), number.size());
-    const std::string_view mantissa = number.substr(0, e);
-    const std::size_t point = std::min(mantissa.find('.'), e);
-    const std::size_t first_digit = mantissa.find_first_of("123456789");
-    std::int64_t exponent = 0;
-    if (e < number.size()) {
-        std::string_view digits = number.substr(e + 1);
-        if (digits.starts_with('+')) digits.remove_prefix(1);
-        const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
-        if (read.ec == std::errc::result_out_of_range) return !digits.starts_with('-');
-    }
-    return exponent > static_cast<std::int64_t>(first_digit) - static_cast<std::int64_t>(point);
 }
 
 } // namespace
@@ -92,10 +73,10 @@ bool text_reader::literal(std::string_view pattern) {
     return true;
 }
 
-/// Length of the longest run of unread characters that may be a number without '+' before it.
+/// Length of the longest run of unread characters that may be a number.
 std::size_t text_reader::number_length() {
     constexpr std::size_t longest_word = 9; // "-infinity"
-    std::size_t n = peek(0) == '-' ? 1 : 0;
+    std::size_t n = peek(0) == '-' || peek(0) == '+' ? 1 : 0;
     if (is_letter(peek(n))) {
         while (n < longest_word && is_letter(peek(n)))
             ++n;
@@ -117,20 +98,26 @@ std::size_t text_reader::number_length() {
 
 bool text_reader::number(double& x) {
     skip_blanks();
-    if (peek(0) == '+' && peek(1) != '-') ++at_;
-    const std::size_t n = number_length();
-    const char* const first = buffer_.data() + at_;
-    const auto read = std::from_chars(first, first + n, x);
-    if (read.ec == std::errc::invalid_argument) return false;
-    const auto length = static_cast<std::size_t>(read.ptr - first);
-    if (read.ec == std::errc::result_out_of_range) {
-        const bool negative = *first == '-';
-        const std::string_view digits(first + negative, length - negative);
-        const double size = is_large(digits) ? std::numeric_limits<double>::infinity() : 0.0;
-        x = negative ? -size : size;
-    }
+    const std::size_t longest = number_length();
+    const std::size_t length = leading_real({buffer_.data() + at_, longest}, x);
     at_ += length;
-    return true;
+    return length > 0;
+}
+
+bool text_reader::line(std::string_view& text) {
+    std::size_t length = 0;
+    bool ended = false;
+    while (!ended && available(length + 1)) {
+        const char* const searched = buffer_.data() + at_ + length;
+        const std::size_t unread = end_ - at_ - length;
+        const void* const line_end = std::memchr(searched, '\n', unread);
+        ended = line_end != nullptr;
+        length += ended ? static_cast<std::size_t>(static_cast<const char*>(line_end) - searched)
+                        : unread;
+    }
+    text = {buffer_.data() + at_, length};
+    at_ += length + ended;
+    return ended || length > 0;
 }
 
 const char* text_reader::bytes(std::size_t n) {

@@ -5,16 +5,13 @@
 #include <string_view>
 #include <vector>
 
-namespace kvx::zelvo {
+#include "io/number_text.h"
 
-/// White space of the C locale.
-constexpr bool is_blank(char c) noexcept {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
+namespace kvx::zelvo {
 
 /// Reads an open file in blocks, in the manner of scanf but whatever the locale says. Lines and
 /// numbers may have any length, bytes any value, and the file may be a pipe; the memory is one
-/// block, or the longest number where that is longer. Members throw std::bad_alloc.
+/// block, or the longest number or line() where that is longer. Members throw std::bad_alloc.
 ///
 /// What does not match stays unread from its first differing character on.
 class text_reader {
@@ -28,14 +25,16 @@ public:
     bool skip_blanks();
     /// Skips what is left of the line and its '\n'; false when there is nothing left.
     bool skip_line();
+    /// Reads a line without its '\n', which the last one need not have. The text stays valid until
+    /// the next read; false, and no text, when there is nothing left.
+    bool line(std::string_view& text);
     /// Skips everything that is left.
     void skip_rest();
 
     /// Reads the pattern. A blank in it stands for any run of white space, none included; every
     /// other character for itself.
     bool literal(std::string_view pattern);
-    /// Reads white space and a number: the longest one that std::from_chars takes, with '+' allowed
-    /// before it. Beyond the range of double it is +-infinity or +-0 as with strtod.
+    /// Reads white space and a number, see leading_real.
     bool number(double& x);
     /// Reads n bytes, which stay valid until the next read; nullptr, with nothing read, when fewer
     /// are left.

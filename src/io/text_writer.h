@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <string_view>
@@ -20,15 +19,19 @@ public:
 
     /// The bytes as they are.
     void text(std::string_view bytes) noexcept;
-    void number(std::uint64_t n) noexcept;
+    /// printf's "%*u": at least |width| characters, filled up with blanks before the number, or behind
+    /// it when the width is negative. So in all forms with a width of at most 32.
+    void number(std::uint64_t n, int width = 0) noexcept;
     /// printf's "%.<digits>f"; at most 32 digits, as for scientific().
-    void fixed(double x, int digits = 6) noexcept {
-        formatted(x, std::chars_format::fixed, digits);
-    }
-    /// printf's "%.<digits>e".
-    void scientific(double x, int digits = 6) noexcept {
-        formatted(x, std::chars_format::scientific, digits);
-    }
+    void fixed(double x, int digits = 6) noexcept;
+    /// printf's "%*.<digits>e".
+    void scientific(double x, int digits = 6, int width = 0) noexcept;
+    /// printf's "%E".
+    void scientific_upper(double x) noexcept;
+    /// printf's "%#*g": six significant digits, always with a point.
+    void general_pointed(double x, int width = 0) noexcept;
+    /// The shortest text that reads back as the same number.
+    void shortest(double x) noexcept;
 
     /// Hands what was written to the file; whether it took everything since the beginning.
     bool flush() noexcept;
@@ -36,7 +39,10 @@ public:
     bool failed() const noexcept { return failed_; }
 
 private:
-    void formatted(double x, std::chars_format format, int digits) noexcept;
+    /// The end of the text, with room for a number and its blanks.
+    char* room() noexcept;
+    /// Ends the number that was written from room() on.
+    void end_number(const char* end, int width) noexcept;
 
     std::FILE* file_;
     std::size_t size_ = 0;

@@ -24,7 +24,7 @@ TEST(TextNumbers, AreThoseOfPrintfAndStrtodUnderAnyLocale) {
     // Of everyday size, with all digits, and now and then of any size, which makes long text.
     std::vector<double> numbers = {-0.0, 1e308, 5e-324, 2.5, NAN, -NAN, INFINITY, -INFINITY};
     std::mt19937_64 bits;
-    for (int i = 0; i < 500000; ++i) {
+    for (int i = 0; i < 200000; ++i) {
         const double any = std::bit_cast<double>(bits());
         int exponent = 0;
         numbers.push_back(i % 16 == 0 ? any : std::ldexp(std::frexp(any, &exponent), i % 99 - 49));
@@ -32,8 +32,9 @@ TEST(TextNumbers, AreThoseOfPrintfAndStrtodUnderAnyLocale) {
     }
     std::string text = "18446744073709551615" + special;
     for (const double x : numbers) {
-        char printed[400];
-        const int length = std::snprintf(printed, sizeof printed, "\n%f %.17e", x, x);
+        char printed[500];
+        const int length = std::snprintf(printed, sizeof printed, "\n%f %.17e %14.5e %E %-16.5e%#g",
+                                         x, x, x, x, x, x);
         text.append(printed, static_cast<std::size_t>(length));
     }
     std::vector<double> expected;
@@ -50,6 +51,13 @@ TEST(TextNumbers, AreThoseOfPrintfAndStrtodUnderAnyLocale) {
         writer.fixed(x);
         writer.text(" ");
         writer.scientific(x, 17);
+        writer.text(" ");
+        writer.scientific(x, 5, 14);
+        writer.text(" ");
+        writer.scientific_upper(x);
+        writer.text(" ");
+        writer.scientific(x, 5, -16);
+        writer.general_pointed(x);
     }
     EXPECT_TRUE(writer.flush());
     std::rewind(file.get());
@@ -61,6 +69,52 @@ TEST(TextNumbers, AreThoseOfPrintfAndStrtodUnderAnyLocale) {
         ASSERT_TRUE(std::isnan(x) ? std::isnan(number) : std::memcmp(&x, &number, sizeof x) == 0)
             << reader.position();
     }
+    EXPECT_EQ(reader.position(), text.size());
+}
+
+TEST(TextNumbers, AreWrittenShortAndPadded) {
+    const scratch_file scratch;
+    const closing_file file = scratch.open("w+b");
+    text_writer writer(file.get());
+    for (const double x : {0.1, 1e23, -5e-324, 1.0}) {
+        writer.shortest(x);
+        writer.text(" ");
+    }
+    writer.number(42, 8);
+    writer.number(42, -4);
+    writer.general_pointed(999999.5, -16); // here some printf lose the digits
+    writer.general_pointed(-0.0, 9);
+    EXPECT_TRUE(writer.flush());
+    std::rewind(file.get());
+    EXPECT_EQ(scratch.content(), "0.1 1e+23 -5e-324 1       4242  1.00000e+06      -0.00000");
+}
+
+TEST(TextNumbers, WholeNumbersAreThoseOfAtoiAndSaturate) {
+    constexpr auto most = std::numeric_limits<std::int64_t>::max();
+    const std::vector<std::pair<const char*, std::int64_t>> cases = {
+        {" \t-17x", -17},
+        {"+4.5", 4},
+        {"+-1", 0},
+        {"x", 0},
+        {"", 0},
+        {"99999999999999999999", most},
+        {"-99999999999999999999", -most - 1}};
+    for (const auto& [text, number] : cases)
+        EXPECT_EQ(leading_integer(text), number) << text;
+}
+
+TEST(TextReader, GivesLinesOfAnyLength) {
+    const std::string longest(200000, 'x'); // longer than the buffer
+    const std::string last("\0b", 2);
+    const std::string text = "a\r\n\n" + longest + "\n" + last;
+    const closing_file file = scratch_file(text).open("rb");
+    text_reader reader(file.get());
+    std::string_view line;
+    for (const std::string& expected : {std::string("a\r"), std::string(), longest, last}) {
+        ASSERT_TRUE(reader.line(line));
+        EXPECT_TRUE(line == expected);
+    }
+    EXPECT_FALSE(reader.line(line));
     EXPECT_EQ(reader.position(), text.size());
 }
 
