@@ -32,6 +32,7 @@ inline std::uint64_t compact_indices(std::span<dense2D<unsigned int>> views,
     };
     const auto every_entry = [&views](auto&& visit) {
         for (dense2D<unsigned int>& m : views) {
+            if (m.empty()) continue; // of however many columns
             for (std::uint64_t j = 0; j < m.cols(); ++j) {
                 unsigned int* const column = m.data() + j * m.ld();
                 for (std::uint64_t i = 0; i < m.rows(); ++i)
