@@ -10,10 +10,12 @@
 #include <kvx/ref_counted.h>
 #include <kvx/zelvo/boundaries.h>
 #include <kvx/zelvo/bounding_box.h>
+#include <kvx/zelvo/clipping.h>
 #include <kvx/zelvo/degenerate_elements.h>
 #include <kvx/zelvo/edges.h>
 #include <kvx/zelvo/element_sorting.h>
 #include <kvx/zelvo/id_matching.h>
+#include <kvx/zelvo/mesh_copies.h>
 #include <kvx/zelvo/neighbors.h>
 #include <kvx/zelvo/node_detector.h>
 #include <kvx/zelvo/node_graph.h>
