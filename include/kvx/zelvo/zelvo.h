@@ -14,7 +14,9 @@
 #include <kvx/zelvo/degenerate_elements.h>
 #include <kvx/zelvo/edges.h>
 #include <kvx/zelvo/element_sorting.h>
+#include <kvx/zelvo/ensight.h>
 #include <kvx/zelvo/id_matching.h>
+#include <kvx/zelvo/medit.h>
 #include <kvx/zelvo/mesh_copies.h>
 #include <kvx/zelvo/neighbors.h>
 #include <kvx/zelvo/node_detector.h>
