@@ -18,6 +18,9 @@
 #include <kvx/zelvo/id_matching.h>
 #include <kvx/zelvo/medit.h>
 #include <kvx/zelvo/mesh_copies.h>
+#include <kvx/zelvo/metric_combination.h>
+#include <kvx/zelvo/metric_conversion.h>
+#include <kvx/zelvo/metric_validity.h>
 #include <kvx/zelvo/neighbors.h>
 #include <kvx/zelvo/node_detector.h>
 #include <kvx/zelvo/node_graph.h>
