@@ -9,48 +9,52 @@ namespace kvx::zelvo::tests {
 
 template <unsigned N>
 using metric = symmetric_fixed<double, N>;
-
-/// A matrix in general position with eigenvalues between scale and scale * 10^-decades, the ends
-/// among them.
 template <unsigned N>
-metric<N> random_metric(std::mt19937& random, double decades, double scale) {
-    std::uniform_real_distribution<double> uniform(0.0, 1.0);
-    matrix_fixed<double, N, N> R;
-    for (unsigned i = 0; i < N; ++i)
-        R(i, i) = 1.0;
-    for (unsigned p = 0; p < N; ++p) {
-        for (unsigned q = 0; q < p; ++q) {
-            const double angle = 6.3 * uniform(random);
-            for (unsigned i = 0; i < N; ++i) {
-                const double x = R(i, p), y = R(i, q);
-                R(i, p) = std::cos(angle) * x - std::sin(angle) * y;
-                R(i, q) = std::sin(angle) * x + std::cos(angle) * y;
-            }
-        }
-    }
-    metric<N> M;
-    for (unsigned k = 0; k < N; ++k) {
-        const double value = k < 2 ? k : uniform(random);
-        for (unsigned j = 0; j < N; ++j)
-            for (unsigned i = 0; i <= j; ++i)
-                M(i, j) += R(i, k) * R(j, k) * std::pow(10.0, -decades * value) * scale;
-    }
-    return M;
-}
+using direction = vector_fixed<double, N>;
 
 template <unsigned N>
 std::vector<double> list(const metric<N>& M) {
     return {M.data(), M.data() + metric<N>::packed_size};
 }
 
+template <unsigned N>
+direction<N> random_direction(std::mt19937& random) {
+    direction<N> u;
+    for (unsigned i = 0; i < N; ++i)
+        u[i] = std::normal_distribution<double>()(random);
+    return u;
+}
+
+/// A matrix in general position with eigenvalues between scale and scale * 10^-decades, roughly: a
+/// sum of N squares of these sizes.
+template <unsigned N>
+metric<N> random_metric(std::mt19937& random, double decades, double scale) {
+    metric<N> M;
+    for (unsigned k = 0; k < N; ++k) {
+        const direction<N> u = random_direction<N>(random);
+        for (unsigned j = 0; j < N; ++j)
+            for (unsigned i = 0; i <= j; ++i)
+                M(i, j) += u[i] * u[j] * std::pow(10.0, -decades * k / (N - 1)) * scale;
+    }
+    return M;
+}
+
 /// u^T M v, in more digits and a larger range than the library has.
-template <unsigned N, class U, class V>
-long double form(const metric<N>& M, const U& u, const V& v) {
+template <unsigned N>
+long double form(const metric<N>& M, const direction<N>& u, const direction<N>& v) {
     long double sum = 0;
     for (unsigned j = 0; j < N; ++j)
         for (unsigned i = 0; i < N; ++i)
             sum += static_cast<long double>(M(i, j)) * u[i] * v[j];
     return sum;
+}
+
+template <unsigned N>
+long double norm(const metric<N>& M) {
+    long double trace = 0;
+    for (unsigned i = 0; i < N; ++i)
+        trace += M(i, i);
+    return trace;
 }
 
 } // namespace kvx::zelvo::tests
