@@ -233,6 +233,9 @@ struct reduction {
     double factor1 = 1.0, factor2 = 1.0;
     small_matrix<Dim> lower{};  // L
     eigen_system<Dim> middle{}; // of K
+
+    /// Value k of M2 v = value M1 v, ascending.
+    double value(unsigned k) const { return middle.values[k] * (factor1 / factor2); }
 };
 
 /// Cholesky factor of m, false when it has none. The last pivot may be zero on demand: the factor
@@ -320,7 +323,7 @@ bool generalised_pairs(const double* m1, const double* m2, eigen_system<Dim>& pa
     reduction<Dim> r;
     if (!reduce<Dim>(m1, m2, r)) return false;
     for (unsigned k = 0; k < Dim; ++k) {
-        pairs.values[k] = r.middle.values[k] * (r.factor1 / r.factor2);
+        pairs.values[k] = r.value(k);
         if (!std::isfinite(pairs.values[k])) {
             pairs = {};
             return false;
@@ -331,20 +334,14 @@ bool generalised_pairs(const double* m1, const double* m2, eigen_system<Dim>& pa
 }
 
 /// L Z diag(d) Z^T L^T with d[k] chosen from 1, which makes M1, and value k, which makes M2: the
-/// metric that along every common conjugate direction is the chosen one of the two. The zero matrix
-/// where they cannot be reduced. `chosen` is the maximum or the
-/// minimum; m may be m1 or m2.
+/// metric that along every common conjugate direction is the chosen one of the two. `chosen` is the
+/// maximum or the minimum.
 ///
 /// With unit vectors e_k = L^-T z_k / |L^-T z_k| as the columns of P this is
 /// P^-T diag(chosen(e_k^T M1 e_k, e_k^T M2 e_k)) P^-1, but it needs no inverse, and so stays
 /// accurate for nearly singular matrices, for which the columns of P are nearly parallel.
 template <unsigned Dim, class Chosen>
-void combine(const double* m1, const double* m2, const Chosen& chosen, double* m) {
-    reduction<Dim> r;
-    if (!reduce<Dim>(m1, m2, r)) {
-        std::fill_n(m, packed_size<Dim>, 0.0);
-        return;
-    }
+void combine(const reduction<Dim>& r, const Chosen& chosen, double* m) {
     const double unit = chosen(1 / r.factor1, 1 / r.factor2);
     small_vector<Dim> d;
     small_matrix<Dim> v;
@@ -361,11 +358,29 @@ void combine(const double* m1, const double* m2, const Chosen& chosen, double* m
         m[i] *= unit;
 }
 
+/// The same of two metrics; the zero matrix where they cannot be reduced. m may be m1 or m2.
+template <unsigned Dim, class Chosen>
+void combine(const double* m1, const double* m2, const Chosen& chosen, double* m) {
+    reduction<Dim> r;
+    if (reduce<Dim>(m1, m2, r)) {
+        combine(r, chosen, m);
+    } else {
+        std::fill_n(m, packed_size<Dim>, 0.0);
+    }
+}
+
 /// The intersection: in every direction the smaller of the two sizes.
 template <unsigned Dim>
 void intersect(const double* m1, const double* m2, double* m) {
     combine<Dim>(
         m1, m2, [](double a, double b) { return std::max(a, b); }, m);
+}
+
+/// The same of two metrics that were reduced.
+template <unsigned Dim>
+void intersect(const reduction<Dim>& r, double* m) {
+    combine(
+        r, [](double a, double b) { return std::max(a, b); }, m);
 }
 
 /// The union: in every direction the larger one.
