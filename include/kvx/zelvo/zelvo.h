@@ -12,6 +12,8 @@
 #include <kvx/zelvo/bounding_box.h>
 #include <kvx/zelvo/clipping.h>
 #include <kvx/zelvo/degenerate_elements.h>
+#include <kvx/zelvo/edge_lengths.h>
+#include <kvx/zelvo/edge_qualities.h>
 #include <kvx/zelvo/edges.h>
 #include <kvx/zelvo/element_sorting.h>
 #include <kvx/zelvo/ensight.h>
