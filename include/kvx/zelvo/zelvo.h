@@ -30,6 +30,7 @@
 #include <kvx/zelvo/node_merging.h>
 #include <kvx/zelvo/shape_qualities.h>
 #include <kvx/zelvo/simplification.h>
+#include <kvx/zelvo/size_gradation.h>
 #include <kvx/zelvo/stl.h>
 #include <kvx/zelvo/subdomains.h>
 #include <kvx/zelvo/transforms.h>
