@@ -280,6 +280,22 @@ public:
         return true;
     }
 
+    /// Becomes a rows x cols matrix of zeros in storage of its own. Unlike resize, this writes to no
+    /// element: on systems that hand out memory when it is first written to, columns that stay 0
+    /// take none, however many they are.
+    bool make_zeros(std::uint64_t rows, std::uint64_t cols) noexcept {
+        std::uint64_t span = 0;
+        if (!detail::storage_span(0, rows, rows, cols, vector_num<T>::max_capacity, span))
+            return false;
+        dense2D fresh;
+        fresh.storage_ = vector_num<T>::make_zeros(span);
+        if (!fresh.storage_) return false;
+        fresh.rows_ = fresh.ld_ = rows;
+        fresh.cols_ = cols;
+        swap(fresh);
+        return true;
+    }
+
     /// Makes room for at least cols columns of rows entries, keeping the contents and the shape.
     bool reserve(std::uint64_t rows, std::uint64_t cols) noexcept {
         return make_room(std::max(rows, rows_), std::max(cols, cols_));

@@ -16,7 +16,11 @@ namespace kvx {
 /// Allocates `bytes` bytes for a storage block; nullptr when memory runs out.
 KVX_ZELVO_API std::byte* __vector_num_alloc(std::uint64_t bytes) noexcept;
 
-/// Gives back what __vector_num_alloc returned; nullptr is allowed.
+/// The same with every byte 0. Large blocks take memory page by page when they are written to, on
+/// systems that hand out memory so.
+KVX_ZELVO_API std::byte* __vector_num_alloc_zeros(std::uint64_t bytes) noexcept;
+
+/// Gives back what one of them returned; nullptr is allowed.
 KVX_ZELVO_API void __vector_num_free(std::byte* raw_block) noexcept;
 
 /// Base of every shared block: a 32-bit reference count and a virtual destructor.
@@ -101,6 +105,17 @@ public:
         return block;
     }
 
+    /// A block of at least n zeros, see __vector_num_alloc_zeros; nullptr when memory runs out.
+    static Ptr<vector_num> make_zeros(std::uint64_t n) noexcept {
+        Ptr<vector_num> block(new (std::nothrow) vector_num);
+        if (!block || n > max_capacity) return {};
+        const std::uint64_t bytes = n * sizeof(T) + alignment;
+        std::byte* const raw = __vector_num_alloc_zeros(bytes);
+        if (!raw) return {};
+        block->take(raw, bytes, 0);
+        return block;
+    }
+
     /// A block around n elements that the caller owns and keeps alive; nullptr when memory runs
     /// out.
     static Ptr<vector_num> wrap(T* data, std::uint64_t n) noexcept {
@@ -130,6 +145,15 @@ public:
         const std::uint64_t bytes = wanted * sizeof(T) + alignment;
         std::byte* const raw = __vector_num_alloc(bytes);
         if (!raw) return false;
+        take(raw, bytes, used);
+        return true;
+    }
+
+private:
+    vector_num() = default;
+
+    /// Goes over to a new block with the first `used` elements.
+    void take(std::byte* raw, std::uint64_t bytes, std::uint64_t used) noexcept {
         const std::uint64_t skipped =
             (alignment - reinterpret_cast<std::uintptr_t>(raw) % alignment) % alignment;
         T* const aligned = reinterpret_cast<T*>(raw + skipped);
@@ -139,11 +163,7 @@ public:
         capacity_ = (bytes - skipped) / sizeof(T);
         raw_block_ = raw;
         foreign_ = false;
-        return true;
     }
-
-private:
-    vector_num() = default;
 
     T* data_ = nullptr;
     std::uint64_t capacity_ = 0;

@@ -1,6 +1,8 @@
 #include <limits>
 #include <thread>
 
+#include <sys/resource.h>
+
 #include "foundation/memory_guard.h"
 #include "meshes.h"
 
@@ -79,6 +81,19 @@ TEST(dense2D, copies_without_gaps_and_reads_with_them) {
     EXPECT_TRUE(view.col(2).empty());
 }
 
+TEST(dense2D, makes_zeros_that_take_no_memory) {
+    dense2D<double> m = points({{1, 2}});
+    dense2D<double> view = m;
+    ASSERT_TRUE(m.make_zeros(3, 2));
+    EXPECT_EQ(list(m), list(points({{0, 0, 0}, {0, 0, 0}})));
+    EXPECT_EQ(list(view), list(points({{1, 2}})));
+    rusage before, after;
+    getrusage(RUSAGE_SELF, &before);
+    if (m.make_zeros(3, 100'000'000)) m(2, 99'999'999) = 1.0;
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 1'000'000); // KiB
+}
+
 TEST(dense2D, refuses_sizes_that_no_memory_holds) {
     constexpr std::uint64_t huge = std::uint64_t{1} << 33;
     dense2D<double> m = points({{1, 2}});
@@ -86,6 +101,7 @@ TEST(dense2D, refuses_sizes_that_no_memory_holds) {
     const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
     EXPECT_FALSE(m.resize(huge, huge));
     EXPECT_FALSE(m.reserve(2, most));
+    EXPECT_FALSE(m.make_zeros(2, most));
     EXPECT_FALSE(m.sub_matrix(0, 0, 2, 1).reserve(3, most / 8));
     EXPECT_FALSE(v.resize(most));
     EXPECT_FALSE(v.sub_vector(1, 1).reserve(most / 8));
