@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 namespace kvx::zelvo {
 
@@ -16,6 +18,14 @@ struct file_closer {
 };
 /// A file that is closed on every path.
 using closing_file = std::unique_ptr<std::FILE, file_closer>;
+
+/// Opens a file to read it as a whole. Null for devices too: /dev/zero has no end, nor has a line of
+/// it.
+inline closing_file open_to_read(const char* name) {
+    std::error_code error;
+    if (!name || std::filesystem::is_character_file(name, error)) return nullptr;
+    return closing_file(open_file(name, "rb"));
+}
 
 /// Where a writer opens its file before it checks its arguments, a rejected call leaves the file
 /// created, empty and open. That is part of the contract of these writers, since callers rely on

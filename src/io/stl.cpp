@@ -362,18 +362,11 @@ int clean(dense2D<double>& pos, dense2D<unsigned int>& connectM, STL_report& rep
     return 0;
 }
 
-/// Devices such as /dev/zero may have no end, nor a line of theirs.
-bool is_device(const char* filename) {
-    std::error_code error;
-    return filename && std::filesystem::is_character_file(filename, error);
-}
-
 /// STL_input; counts the bytes that were not understood when it reads to the end, for which a pipe
 /// may keep it waiting.
 int input(const char* filename, dense2D<double>& pos, dense2D<unsigned int>& connectM, bool ascii,
           double tolerance, bool to_the_end, STL_report& report) {
-    if (is_device(filename)) return -1;
-    const closing_file file(open_file(filename, "rb"));
+    const closing_file file = open_to_read(filename);
     if (!file) return -1;
     const std::uint64_t size = regular_file_size(filename);
     if (!read_file(file.get(), ascii, size, to_the_end, pos, connectM, report)) return -1;
