@@ -23,6 +23,7 @@
 #include <kvx/zelvo/metric_combination.h>
 #include <kvx/zelvo/metric_conversion.h>
 #include <kvx/zelvo/metric_validity.h>
+#include <kvx/zelvo/nastran.h>
 #include <kvx/zelvo/neighbors.h>
 #include <kvx/zelvo/node_detector.h>
 #include <kvx/zelvo/node_graph.h>
