@@ -36,3 +36,4 @@
 #include <kvx/zelvo/subdomains.h>
 #include <kvx/zelvo/transforms.h>
 #include <kvx/zelvo/vtk.h>
+#include <kvx/zelvo/wavefront_obj.h>
