@@ -35,6 +35,9 @@ private:
     std::filesystem::path path_;
 };
 
+/// Names to which nothing can be written and from which no file can be read.
+constexpr const char* no_files[] = {nullptr, "/nowhere/file", "/tmp", "/dev/full"};
+
 inline auto open_descriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }

@@ -75,8 +75,7 @@ TEST(Stl, RejectsWhatIsNoFileAndLeavesAFileOpenForWrongArguments) {
     EXPECT_EQ(STL_output(file, dense2D<double>(4, 4), columns({{0, 1, 9}}), true), -2);
     EXPECT_EQ(STL_output(file, square, columns({{0, 1, 4}}), true), -3);
     EXPECT_EQ(file.content(), "");
-    for (const char* name :
-         {static_cast<const char*>(nullptr), "/nowhere/file.stl", "/tmp", "/dev/full"}) {
+    for (const char* name : no_files) {
         EXPECT_EQ(STL_output(name, square, facets, true), -1);
         EXPECT_EQ(reading(name, true).result, -1);
         EXPECT_EQ(reading(name, false).result, -1);

@@ -17,6 +17,7 @@
 #include <kvx/zelvo/edges.h>
 #include <kvx/zelvo/element_sorting.h>
 #include <kvx/zelvo/ensight.h>
+#include <kvx/zelvo/femap.h>
 #include <kvx/zelvo/id_matching.h>
 #include <kvx/zelvo/medit.h>
 #include <kvx/zelvo/mesh_copies.h>

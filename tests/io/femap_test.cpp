@@ -1,0 +1,140 @@
+#include <cmath>
+#include <cstdlib>
+
+#include "io/files.h"
+#include "io/grouped_elements.h"
+#include "meshes.h"
+
+namespace kvx::zelvo::tests {
+namespace {
+
+const auto kinds = [](const std::vector<int>& FEs) { return matrix<int>({FEs}).col(0); };
+
+int output(const char* file, const dense2D<double>& pos, const grouped_elements& m) {
+    return FEMAP_output(file, pos, m.connectM, m.offsets, m.FEs, m.props);
+}
+auto lists(int code, const dense2D<double>& x, const grouped_elements& m) {
+    return std::tuple(code, list(x), list(m.connectM), list(m.offsets), list(m.FEs), list(m.props));
+}
+auto input(const char* file) {
+    dense2D<double> pos(2, 5);
+    grouped_elements m{{7, 1}, vec({9}), kinds({9}), vec({9})};
+    const int code = FEMAP_input(file, pos, m.connectM, m.offsets, m.FEs, m.props);
+    return lists(code, pos, m);
+}
+
+// A tetrahedron and a wedge in a mixed group, a bar of three nodes and a point.
+const dense2D<double> pos = strided(points({{0, 1}, {0.1, 1e23}, {-2, 1. / 3}}), 7.0);
+const auto elements = strided(
+    columns({{0, 1, 2, 3, none, none}, {0, 1, 2, 3, 4, 5}, {0, 1, 2, 0, 0, 0}, {4, 0, 0, 0, 0, 0}}),
+    8u);
+const grouped_elements mixed = {elements, vec({0, 2, 3, 4}), kinds({11, 4, 1}), vec({7, 7, 5, 2})};
+
+// lines 3 to 7 of an element
+const std::string triple = "0.,0.,0.,\n", no_slots = "0,0,0,0,0,0,0,0,0,0,\n";
+const std::string rest = no_slots + triple + triple + triple + "0,0,0,0,0,0," + no_slots;
+
+TEST(Femap, WritesTheseBytes) {
+    const scratch_file file;
+    ASSERT_EQ(output(file, pos, mixed), 0);
+    const std::string property = ",1,0,\n<NULL>\n0,0,0,0,\n0,\n0,\n0,\n", gap = "   -1\n   -1\n   ";
+    std::string expected = "   -1\n   100\n<NULL>\n4.41,\n" + gap + "402\n2,110,0,27" + property;
+    expected += "7,110,0,25" + property + gap + "403\n1,0,0,1,46,0,0,0,0,0,0,0,1,0,\n";
+    expected += "2,0,0,1,46,0,0,0,0,0,0,0.1,1e+23,0,\n";
+    expected += "3,0,0,1,46,0,0,0,0,0,0,-2,0.3333333333333333,0,\n" + gap + "404\n";
+    expected += "1,124,7,25,6,1,0,0,\n1,2,3,0,4,0,0,0,0,0,\n" + rest;
+    expected += "2,124,7,25,7,1,0,0,\n1,2,3,0,4,5,6,0,0,0,\n" + rest;
+    expected += "4,124,2,27,9,1,0,0,\n5,0,0,0,0,0,0,0,0,0,\n" + rest + "   -1\n";
+    EXPECT_EQ(file.content(), expected);
+}
+
+TEST(Femap, ReadsBackEveryKindItHolds) {
+    dense2D<double> nodes(3, 40);
+    for (int i = 0; i < 120; ++i)
+        nodes.data()[i] = std::ldexp(std::sin(i), i % 3 ? 0 : 17 * i - 1060);
+    grouped_elements all{{20, 24, none}, {}, kinds({8, 1, 19, 3, 6, 16, 7, 13, 9, 14, 12, 18}), {}};
+    all.offsets = vec({0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24});
+    for (unsigned j = 0, node = 0; j < 24; ++j) {
+        all.props.resize(j + 1, j % 3 == 0 ? none : j);
+        for (unsigned i = 0; i < node_count(static_cast<element_type>(all.FEs[j / 2])); ++i)
+            all.connectM(i, j) = node = (node * 7 + 13) % 40;
+    }
+    const scratch_file file;
+    ASSERT_EQ(output(file, nodes, all), 0);
+    EXPECT_EQ(input(file), lists(0, nodes, all));
+}
+
+TEST(Femap, OneAndTwoKindsHaveTheirOwnProperties) {
+    const scratch_file file;
+    const auto bars = columns({{0, 1}, {1, 2}}), faces = strided(columns({{0, 1, 2, none}}), 9u);
+    dense2D<double> nodes;
+    dense2D<unsigned int> first, second;
+    element_type FE1 = ET_HEXA27, FE2 = ET_HEXA27;
+    ASSERT_EQ(FEMAP_output(file, pos, bars, faces, ET_BAR2, ET_FACE_MIX), 0);
+    EXPECT_EQ(std::get<5>(input(file)), (std::vector{1u, 1u, 2u}));
+    EXPECT_EQ(FEMAP_input(file, nodes, first, second, FE1, FE2), 0);
+    EXPECT_TRUE(FE1 == ET_BAR2 && FE2 == ET_TRIA3 && list(first) == list(bars));
+    ASSERT_EQ(FEMAP_output(file, pos, second, FE2), 0);
+    EXPECT_EQ(FEMAP_input(file, nodes, first, FE1), 0);
+    EXPECT_TRUE(FE1 == ET_TRIA3 && list(first) == list(columns({{0, 1, 2}})));
+}
+
+TEST(Femap, RejectsInTheOrderOfTheChecks) {
+    const scratch_file file("old content");
+    const auto before = open_descriptors();
+    const grouped_elements& m = mixed;
+    const auto rows = m.connectM.sub_matrix(0, 0, 3, 4);
+    for (const int kind : {-1, 21, int{ET_QUAD4}, int{ET_SOLID_MIX}})
+        EXPECT_EQ(output(file, pos, {rows, m.offsets, kinds({kind, 4, 1}), m.props}), -3) << kind;
+    EXPECT_EQ(output(file, pos, {rows, m.offsets, kinds({-1, 4, 1}), vec({1, 2, 3})}), -6);
+    for (const auto& offsets : {vec({0, 2, 4}), vec({0, 3, 2, 4}), vec({0, 2, 3, 5})})
+        EXPECT_EQ(output(file, pos, {rows, offsets, m.FEs, vec({1, 2, 3})}), -5);
+    EXPECT_EQ(output(file, dense2D<double>(4, 4), {rows, {}, {}, {}}), -2);
+    EXPECT_EQ(file.content(), "");
+    for (const char* name : no_files) {
+        EXPECT_EQ(output(name, pos, mixed), -1);
+        EXPECT_EQ(input(name), lists(-1, {}, {}));
+    }
+    EXPECT_EQ(FEMAP_output("/tmp", pos, {}, ET_BAR2), 0);
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST(Femap, ReadsOtherHabits) {
+    const std::string edge = "\t -1 \r\n", more = "1 2 3 4 5 6 7 8 9\n1 2 3 4 5 6 7 8 9 10\n";
+    std::string text = "404\n1 0 0 0 0 0 0 0 0 0 0 7 7 7\n" + edge + "404\n";
+    for (const std::string element :
+         {"7 1 3 25 7 1 0 0 9 9\n10 20 30 0 40 50 9223372036854775806 0 0 0\n",
+          "8 , 1,-3 25,14 1 ,,0\r\n30 20 10 40 50 0 0 0 0 0\r\n",
+          "9 1 99999999999 25 6 1 0 0\n20 10 30 40 0 0 0 0 0 0\n",
+          "10 1 5 25 6 1 0 0 1 1\n20 10 30 0 40 0 0 0 0 0\n",
+          "11 1 5 17 2 1 0 0\n10 20 15 0 0 0 0 0 0 0\n",
+          "12 1 5 17 2 1 0 0\n10 20 9223372036854775808 0 0 0 0 0 0 0\n",
+          "13 1 5 17 2 1 0 0\n10 20 0 0 0 0 0 0 0 0\n",
+          "14 1 5 17 11 1 0 0\n10 20 30 0 0 0 0 0 0 0\n"})
+        text += element + rest + more;
+    const std::string o = " 0 0 0 0 0 0 0 0 0 0 ", gap = edge + edge;
+    const std::string nodes = "403,\n20,0,,,,,,,,,,x,1e5,2\r\n10" + o + "1 0 0\n50" + o + "5 0 0\n";
+    text += gap + "402\n403\n10" + o + "7 7 7\n" + gap + "403\n-5" + o + "8 8 8\n10" + o;
+    text += "9 9 9\n9223372036854775806" + o + "6. 0 0\n30" + o + "3.D-1 -1.5d+2 1d 4 5\n60" + o;
+    text += "8 8\n9223372036854775808" + o + "8 8 8\n40" + o + "4 0 0\n" + edge + gap + nodes;
+    const auto x = points({{1, 0, 0}, {0, 1e5, 2}, {.3, -150, 1}, {4, 0, 0}, {5, 0, 0}, {6, 0, 0}});
+    const std::vector<unsigned> tetra = {1, 0, 2, 3, none, none};
+    const auto conn = columns({{0, 1, 2, 3, 4, 5}, {2, 1, 0, 3, 4, none}, tetra, tetra});
+    const grouped_elements all{conn, vec({0, 1, 2, 4}), kinds({16, 14, 12}), vec({3, 0, none, 5})};
+    EXPECT_EQ(input(scratch_file(text)), lists(0, x, all));
+    EXPECT_EQ(std::get<1>(input(scratch_file(edge + nodes))).size(), 3u);
+}
+
+TEST(Femap, ReadsFilesOfOtherPrograms) {
+    const char* const folder = std::getenv("KVX_ZELVO_MESHES");
+    if (!folder) GTEST_SKIP() << "KVX_ZELVO_MESHES is not set: no real meshes";
+    const auto [code, x, conn, offsets, FEs, props] =
+        input((folder + std::string("/quads-v7.neu")).c_str());
+    ASSERT_EQ(std::tuple(code, x.size(), conn.size()), std::tuple(0, 1394u, 1016u));
+    EXPECT_EQ(x[700], (std::vector{323.89, 188.5, -2.5}));
+    EXPECT_EQ(conn[500], (std::vector{169u, 170u, 189u, 188u}));
+    EXPECT_EQ(std::get<0>(input((folder + std::string("/results-only-v82.neu")).c_str())), -1);
+}
+
+} // namespace
+} // namespace kvx::zelvo::tests
