@@ -69,10 +69,10 @@ TEST(bound_metrics, lets_hmax_win) {
         EXPECT_EQ(list(plane), list(points({{c[5], 0, c[6]}})));
         EXPECT_EQ(list(space), list(points({{c[6], 0, c[5], 0, 0, c[5]}})));
     }
-    dense2D<double> four(4, 1), broken = points({{inf, nan, 1}});
+    dense2D<double> four(4, 1), broken = points({{1, nan, 1, 0, 0, 1}});
     EXPECT_EQ(bound_metrics(four, 0, -1) + bound_metrics(four, -1, nan), -1);
     bound_metrics(broken, 1, 2); // no eigenvalues: hmax in all directions
-    EXPECT_EQ(list(broken), list(points({{0.25, 0, 0.25}})));
+    EXPECT_EQ(list(broken), list(points({{0.25, 0, 0.25, 0, 0, 0.25}})));
 }
 
 TEST(overwrite_invalid_metrics, takes_what_is_better) {
