@@ -15,18 +15,19 @@ void expect_properties(std::mt19937& random, int trial) {
     metric<N> low = A, high = B;
     minimum_metric(low, B, low);
     maximum_metric(A, high, high);
-    const long double larger = std::max(norm(A), norm(B)), smaller = std::min(norm(A), norm(B));
+    const long double a = 0.0L + A(0, 0) + A(1, 1) + A(N - 1, N - 1); // about the norm
+    const long double b = 0.0L + B(0, 0) + B(1, 1) + B(N - 1, N - 1);
     for (unsigned k = 0; k < 4 * N; ++k) {
         const auto other = random_direction<N>(random);
         auto u = other;
         if (k < N) std::copy_n(&V(0, k), N, u.data());
         const long double below = form(low, u, u) - std::max(form(A, u, u), form(B, u, u));
         const long double above = std::min(form(A, u, u), form(B, u, u)) - form(high, u, u);
-        ASSERT_TRUE(below >= -1e-8L * larger && above >= -1e-8L * smaller) << trial;
+        ASSERT_TRUE(below >= -1e-8L * std::max(a, b) && above >= -1e-8L * std::min(a, b)) << trial;
         if (k >= N) continue;
-        ASSERT_TRUE(below <= 1e-6L * larger && above <= 1e-6L * smaller) << trial;
+        ASSERT_TRUE(below <= 1e-6L * std::max(a, b) && above <= 1e-6L * std::min(a, b)) << trial;
         ASSERT_LE(std::abs(form(B, other, u) - values[k] * form(A, other, u)),
-                  1e-11L * (norm(B) + values[N - 1] * norm(A)));
+                  1e-11L * (b + values[N - 1] * a));
         ASSERT_NEAR(std::hypot(u[0], u[1], N > 2 ? u[N - 1] : 0.0), 1.0, 1e-14);
     }
 }
@@ -44,21 +45,21 @@ TEST(metric_combination, has_its_defining_properties_and_fails_where_stated) {
     EXPECT_TRUE(V(1, 0) < -0.9 && V(0, 1) > 0.9);
     eigen_pairs(metric<2>(1, 2, 1), values, V);
     EXPECT_TRUE(values[0] == -1 && values[1] == 3 && V(0, 0) > 0.7 && V(1, 0) < -0.7);
-    const auto of = [](const auto& A, const auto& B) {
-        auto M = A;
-        minimum_metric(A, B, M);
-        return list(M);
-    };
-    const metric<2> one2(1, 0, 1), zero2;
-    EXPECT_EQ(of(metric<2>(1, 0, 4), metric<2>(4, 0, 1)), list(metric<2>(4, 0, 4)));
-    EXPECT_EQ(of(one2, metric<2>(0, 0, -1)), list(one2)); // in 2-D alone
-    EXPECT_EQ(of(metric<2>(1, 1, 1), one2), list(zero2));
-    EXPECT_EQ(of(metric<2>(HUGE_VAL, 0, 1), one2), list(zero2));
-    const metric<3> one3(1, 0, 1, 0, 0, 1), zero3, flat(1, 0, 1, 1, 0, 1);
-    EXPECT_EQ(of(one3, zero3), list(one3));
-    EXPECT_EQ(of(flat, one3), list(zero3)); // a last pivot of 0 serves the second alone
-    EXPECT_NE(of(one3, flat), list(zero3));
-    EXPECT_EQ(of(one3, metric<3>(0, 0, 1, 0, 0, 1)), list(zero3));
+    metric<2> M(5.0);
+    minimum_metric({1, 0, 4}, {4, 0, 1}, M);
+    EXPECT_EQ(list(M), list(metric<2>(4, 0, 4)));
+    minimum_metric(M, {0, 0, -1}, M); // in 2-D any matrix may come second
+    EXPECT_EQ(list(M), list(metric<2>(4, 0, 4)));
+    const metric<3> zero, one(1, 0, 1, 0, 0, 1), flat(1, 0, 1, 1, 0, 1), bent(1, 2, 1, 0, 0, 1);
+    for (const auto& [A, B] : {std::pair{zero, one}, {flat, one}, {one, bent}, {one, zero}}) {
+        metric<3> N(HUGE_VAL);
+        minimum_metric(N, one, N);
+        EXPECT_EQ(list(N), list(zero));
+        minimum_metric(A, B, N);
+        EXPECT_EQ(list(N), list(B(0, 0) > 0 ? zero : one));
+        minimum_metric(one, flat, N); // a last pivot of 0 serves the second alone
+        EXPECT_NE(list(N), list(zero));
+    }
 }
 
 } // namespace kvx::zelvo::tests

@@ -20,7 +20,8 @@ TEST(metric_conversion, makes_matrices_of_sizes) {
 TEST(metric_conversion, projects_onto_the_tangent_plane) {
     const std::vector<double> M3 = {1, 2, 4, 3, 5, 6}, basis = {1, 2, 2, 0, 1, -1};
     const auto bases = strided(points({basis, basis}), 7.0);
-    for (const std::uint64_t first : {0, 1, 2}) { // the output on top of, behind, apart from them
+    for (const std::uint64_t first :
+         {0u, 1u, 2u}) { // the output on top of, behind, apart from them
         const auto frame = strided(points({M3, M3, M3, M3}), 7.0);
         dense2D<double> out = frame.sub_matrix(0, first, 6, 2);
         EXPECT_EQ(metrics_aniso3d_to_aniso2d(frame.sub_matrix(0, 0, 6, 2), bases, out), 0);

@@ -49,12 +49,4 @@ long double form(const metric<N>& M, const direction<N>& u, const direction<N>& 
     return sum;
 }
 
-template <unsigned N>
-long double norm(const metric<N>& M) {
-    long double trace = 0;
-    for (unsigned i = 0; i < N; ++i)
-        trace += M(i, i);
-    return trace;
-}
-
 } // namespace kvx::zelvo::tests
