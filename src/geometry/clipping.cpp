@@ -35,14 +35,15 @@ public:
 
     bool holds(unsigned int node) {
         side& known = sides_[node];
-        if (known == side::unknown) known = height(&pos_(0, node)) > 0.0 ? side::in : side::out;
+        if (known == side::unknown) known = height(node) > 0.0 ? side::in : side::out;
         return known == side::in;
     }
 
 private:
     enum class side : char { unknown, in, out };
 
-    double height(const double* x) const {
+    double height(unsigned int node) const {
+        const double* const x = pos_.data() + node * pos_.ld(); // pos may be without rows
         double d[3] = {0.0, 0.0, 0.0};
         for (unsigned i = 0; i < dimension_; ++i)
             d[i] = x[i] - point_[i];

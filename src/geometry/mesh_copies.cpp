@@ -39,8 +39,9 @@ void append_copy(const mesh_part& part, dense2D<double>& pos, std::uint64_t rows
     need(part.nodes.size() <= no_node - std::min<std::uint64_t>(first_node, no_node));
     append_columns(conn, elements.rows(), elements.cols(), no_node);
     append_columns(pos, rows, part.nodes.size(), 0.0);
+    double* const x = pos.data(); // which may be without rows
     for (std::uint64_t k = 0; k < part.nodes.size(); ++k)
-        std::copy_n(&pos(0, part.nodes[k]), pos.rows(), &pos(0, first_node + k));
+        std::copy_n(x + part.nodes[k] * pos.ld(), pos.rows(), x + (first_node + k) * pos.ld());
     if (elements.empty()) return;
     for (std::uint64_t j = 0; j < elements.cols(); ++j) {
         std::transform(&elements(0, j), &elements(0, j) + elements.rows(),

@@ -22,7 +22,8 @@ int write_every_kind(const dense2D<double>& pos, Write&& write) {
         if (kind == ET_SOLID_MIX) sizes = {8, 6, 5, 4};
         dense2D<unsigned int> elements(sizes[0], sizes.size(), none);
         for (std::size_t j = 0; j < sizes.size(); ++j)
-            std::iota(&elements(0, j), &elements(0, j) + sizes[j], 0u);
+            std::iota(elements.data() + j * sizes[0], elements.data() + j * sizes[0] + sizes[j],
+                      0u);
         matrices.push_back(strided(elements, 99u));
     }
     return write(strided(pos, 9.0), matrices.data(), matrices.data() + matrices.size(), FEs);
