@@ -16,13 +16,12 @@ TEST(copy_mesh, appends_the_nodes_in_order_of_first_appearance) {
     EXPECT_EQ(list(conn), list(columns({{7, 8, none}, {8, 7, 9}})));
 }
 
-// Copy i is turned i steps, then shifted i steps.
+// Copy i is turned i steps, then shifted i steps; copies come behind the elements that are there.
 TEST(copy_mesh, repeats_turned_and_shifted_copies) {
     const double right = std::numbers::pi / 2;
-    const auto conn = columns({{1, none}});
     auto plane = points({{7, 7}, {2, 1}}), space = points({{7}, {2}});
-    auto in_plane = columns({{0, 1, 0}}), in_space = conn; // appended to
-    copy_mesh(plane, in_plane, {10.0, 0.0}, {1.0, 1.0}, right, 3, conn);
+    auto in_plane = columns({{0, 1, 0}}), in_space = columns({{1, none}});
+    copy_mesh(plane, in_plane, {10.0, 0.0}, {1.0, 1.0}, right, 3, in_space);
     copy_mesh(space, in_space, {9.0, 0.0, 5.0}, {1.0, 0.0, 0.0}, {0.0, 0.0, right}, 3, in_space);
     EXPECT_EQ(list(in_plane.col(3)), list(vec({4, none, none})));
     EXPECT_EQ(list(in_space), list(columns({{1, none}, {2, none}, {3, none}, {4, none}})));
@@ -42,7 +41,7 @@ TEST(copy_sym_mesh, mirrors_about_a_line_or_a_plane) {
 }
 
 TEST(mesh_copies, reject_in_order_and_change_nothing) {
-    const vector_fixed<double, 2> zero(0.0), up(0.0, 1.0), nan(std::nan(""));
+    const vector_fixed<double, 2> zero(0.0), up(0.0, 1.0), nan(0.0, std::nan(""));
     const auto bad = columns({{0, 2}}), of_no_row = dense2D<unsigned int>(0, 1ull << 60);
     dense2D<double> pos = points({{1}, {2}}), no_nodes(2, 0);
     auto copied = columns({{9}});
