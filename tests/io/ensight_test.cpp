@@ -37,6 +37,8 @@ TEST(Ensight, RejectedCallsTruncateTheFileAndLeaveItOpen) {
     EXPECT_THAT(codes_of_rejections(write), testing::ElementsAre(-2, -2, -4, -5, -3));
     EXPECT_EQ(write(pos, bars, bars, ET_BAR2, ET_BAR3), -3) << "too few rows";
     EXPECT_EQ(file.content(), "");
+    EXPECT_EQ(write(pos, bars, ET_BAR2), 0) << "indices are not checked";
+    EXPECT_THAT(file.content(), testing::EndsWith("\n       1       0       5\n"));
     EXPECT_EQ(ensight_output(nullptr, pos, bars, ET_BAR2), -1);
     EXPECT_EQ(ensight_output("/dev/full", pos, bars, ET_BAR2), 0) << "writing is not checked";
     EXPECT_EQ(open_descriptors(), before + 6);

@@ -28,12 +28,12 @@ TEST(Medit, WritesASectionForEachKindWithTheSourcesAsReferences) {
 TEST(Medit, OrdersElementsByTheirReferences) {
     const auto faces = strided(
         columns({{0, 1, 1, 0}, {0, 1, 0, none}, {1, 9, 9, 9}, {1, 1, 0, none}, {1, 0, 0, 0}}), 5u);
-    const auto refs = vec({7, 7, none, 4000000000, 0});
+    const auto refs = vec({7, 4000000000, none, 7, 7});
     const scratch_file file;
     EXPECT_EQ(medit_output(file, dense2D<double>(1, 2), faces, ET_FACE_MIX, refs), 0);
     EXPECT_EQ(file.content(),
-              header + "2\n0.000000E+00 0 \n0.000000E+00 0 \n\nTriangles\n2\n1 2 1 7 \n"
-                       "2 2 1 4000000000 \n\nQuadrilaterals\n2\n2 1 1 1 0 \n1 2 2 1 7 \n\nEnd\n");
+              header + "2\n0.000000E+00 0 \n0.000000E+00 0 \n\nTriangles\n2\n2 2 1 7 \n"
+                       "1 2 1 4000000000 \n\nQuadrilaterals\n2\n1 2 2 1 7 \n2 1 1 1 7 \n\nEnd\n");
 }
 
 TEST(Medit, WritesFields) {
