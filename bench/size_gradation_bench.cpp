@@ -29,6 +29,13 @@ dense1D<double> random_sizes(std::uint64_t n) {
     return sizes;
 }
 
+/// One small size, at the last node: the bound travels through the whole mesh, against the numbering.
+dense1D<double> one_small_size(std::uint64_t n) {
+    dense1D<double> sizes(n, 1e9);
+    sizes[n - 1] = 0.01;
+    return sizes;
+}
+
 /// Diagonal metrics, one random size an axis.
 dense2D<double> random_metrics(std::uint64_t n) {
     dense2D<double> metrics(6, n);
@@ -61,6 +68,7 @@ void gradation_of(benchmark::State& state, Field (*make)(std::uint64_t), int rou
 }
 BENCHMARK_CAPTURE(gradation_of, sizes, random_sizes, 0)->Apply(doubling_sizes);
 BENCHMARK_CAPTURE(gradation_of, sizes_bounded_before, random_sizes, 1)->Apply(doubling_sizes);
+BENCHMARK_CAPTURE(gradation_of, one_small_size, one_small_size, 0)->Apply(doubling_sizes);
 BENCHMARK_CAPTURE(gradation_of, metrics, random_metrics, 0)->Apply(doubling_sizes);
 BENCHMARK_CAPTURE(gradation_of, metrics_bounded_before, random_metrics, 1)->Apply(doubling_sizes);
 

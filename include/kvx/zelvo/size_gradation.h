@@ -71,8 +71,9 @@ KVX_ZELVO_API int bound_metric_gradation(const dense2D<double>& pos,
 ///
 /// Returns as above, with -6 also when metrics has other than 3 rows (6 in space) or no more entries
 /// than pos has rows; and
-///   -7    still changing after 1000 sweeps; metrics holds what was reached, nowhere larger sizes
-///         than before
+///   -7    still changing after 1000 sweeps, as where a bound has to travel against the numbering
+///         through as many elements; metrics holds what was reached, with no size larger than
+///         before, and another call goes on from there
 /// Linear in the pairs of nodes that share an element, for every sweep. Source: F. Alauzet, Size
 /// gradation control of anisotropic meshes, Finite Elements in Analysis and Design 46, 2010.
 KVX_ZELVO_API int bound_metric_gradation(const dense2D<double>& pos,
