@@ -26,12 +26,15 @@ direction<N> random_direction(std::mt19937& random) {
 }
 
 /// A matrix in general position with eigenvalues between scale and scale * 10^-decades, roughly: a
-/// sum of N squares of these sizes.
+/// sum of N squares of these sizes; for 0 decades scale times the identity.
 template <unsigned N>
 metric<N> random_metric(std::mt19937& random, double decades, double scale) {
     metric<N> M;
     for (unsigned k = 0; k < N; ++k) {
-        const direction<N> u = random_direction<N>(random);
+        direction<N> u = random_direction<N>(random);
+        if (decades == 0)
+            for (unsigned i = 0; i < N; ++i)
+                u[i] = i == k;
         for (unsigned j = 0; j < N; ++j)
             for (unsigned i = 0; i <= j; ++i)
                 M(i, j) += u[i] * u[j] * std::pow(10.0, -decades * k / (N - 1)) * scale;
