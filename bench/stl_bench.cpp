@@ -6,10 +6,9 @@
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 #include "benchmark_sizes.h"
 #include "generated_meshes.h"
+#include "temporary_file.h"
 
 namespace {
 
@@ -17,27 +16,9 @@ using namespace kvx;
 using namespace kvx::zelvo;
 using namespace kvx::zelvo::bench;
 
-/// A file name of this process alone; the file goes with the object.
-class temporary_file {
-public:
-    temporary_file()
-        : path_(std::filesystem::temp_directory_path() /
-                ("kvx_zelvo_stl_bench_" + std::to_string(getpid()) + ".stl")) {}
-    temporary_file(const temporary_file&) = delete;
-    temporary_file& operator=(const temporary_file&) = delete;
-    ~temporary_file() {
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
-    }
-    const char* name() const { return path_.c_str(); }
-
-private:
-    std::filesystem::path path_;
-};
-
 void write(benchmark::State& state, bool ascii) {
     const mesh soup = facet_soup(bumpy_sphere(static_cast<std::uint64_t>(state.range(0))));
-    const temporary_file file;
+    const temporary_file file(".stl");
     for (auto _ : state) {
         if (failed(state, STL_output(file.name(), soup.pos, soup.conn, ascii))) return;
     }
@@ -49,7 +30,7 @@ BENCHMARK_CAPTURE(write, ascii, true)->Apply(doubling_sizes);
 /// Reading includes the clean-up: welding, removal of degenerate triangles and unused nodes.
 void read(benchmark::State& state, bool ascii) {
     const mesh soup = facet_soup(bumpy_sphere(static_cast<std::uint64_t>(state.range(0))));
-    const temporary_file file;
+    const temporary_file file(".stl");
     if (failed(state, STL_output(file.name(), soup.pos, soup.conn, ascii))) return;
     dense2D<double> pos;
     dense2D<unsigned int> conn;
