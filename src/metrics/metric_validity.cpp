@@ -183,11 +183,12 @@ int overwrite_invalid_metrics(dense1D<double>& sizes, const dense1D<double>& fal
     });
 }
 
-int overwrite_invalid_metrics(dense2D<double>& metrics, const dense1D<double>& fallback) noexcept {
+int overwrite_invalid_metrics(dense2D<double>& metrics,
+                              const dense1D<double>& fallback_sizes) noexcept {
     if (metrics.empty()) return 0;
     if (metrics.rows() != packed_size<2> && metrics.rows() != packed_size<3>) return -1;
     return guarded([&] {
-        const dense1D<double> source = apart_from(fallback, metrics);
+        const dense1D<double> source = apart_from(fallback_sizes, metrics);
         if (metrics.rows() == packed_size<2>) {
             replace_by_sizes<2>(metrics, source);
         } else {

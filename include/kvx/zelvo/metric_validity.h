@@ -69,7 +69,7 @@ KVX_ZELVO_API int overwrite_invalid_metrics(dense1D<double>& sizes,
 ///   -199  the arrays overlap and there is no memory for a copy
 /// Linear.
 KVX_ZELVO_API int overwrite_invalid_metrics(dense2D<double>& metrics,
-                                            const dense1D<double>& fallback) noexcept;
+                                            const dense1D<double>& fallback_sizes) noexcept;
 
 /// The same with the columns of `fallback` that pass is_valid_metric. Returns as above, and after
 /// -1:
