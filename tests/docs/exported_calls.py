@@ -1,0 +1,31 @@
+# Prints a line of C++ for every function that the public headers export: its form, as the document
+# of return codes writes it, and a call with the arguments of these names and types.
+import pathlib
+import re
+import sys
+
+OBJECTS = {"node_detector": "detector", "histogram": "statistics"}
+DECLARATION = re.compile(r"(KVX_ZELVO_API )?\b([\w:]+(?: int| char)?[*&]?) (\w+)\(([^()]*)\)(?: const)? noexcept;")
+
+number = 0
+for header in sorted(pathlib.Path(sys.argv[1]).rglob("*.h")):
+    text = " ".join(re.sub(r"//.*", "", header.read_text()).split())
+    scope = re.search(r"class KVX_ZELVO_API (\w+)", text)
+    exports = text.count("KVX_ZELVO_API ") - (scope is not None) - text.count("define KVX_ZELVO_API ")
+    for mark, result, name, parameters in DECLARATION.findall(text.split("private:")[0]):
+        exports -= mark != ""
+        if not (mark or scope) or (scope and name == scope[1]):
+            continue
+        pairs = [p.rsplit(" ", 1) for p in re.split(r", (?![^<]*>)", parameters) if p]
+        form = f"{scope[1] + '::' if scope else ''}{name}({', '.join(n for _, n in pairs)})"
+        ranges = iter(("first", "last"))
+        arguments = (f"static_cast<{t}>({next(ranges) if t.endswith('int>*') else n})" for t, n in pairs)
+        function = f"{OBJECTS[scope[1]]}.{name}" if scope else name
+        if result in ("int", "unsigned int", "bool"):
+            dimension = 2 if "double, 2>" in parameters else 3
+            print(f'CALL({number}, "{form}", {dimension}, {function}({", ".join(arguments)}))')
+            number += 1
+        else:
+            print(f'NO_RESULT("{form}")')
+    if exports:
+        sys.exit(f"{header}: exports more than was understood")
