@@ -1,132 +1,132 @@
-// The command `zelvo`: arguments, messages and exit codes.
-#include <cerrno>
+// The command `zelvo`: its arguments.
 #include <cmath>
 #include <csignal>
-#include <cstdio>
-#include <cstring>
-#include <limits>
-#include <new>
+#include <functional>
 #include <sstream>
 #include <string>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 
-#include "output.h"
-#include "report.h"
+#include "commands.h"
+#include "file_formats.h"
+#include "messages.h"
 
 namespace {
-
-enum exit_code { done = 0, wrong_usage = 2, bad_input = 3, not_written = 4 };
 
 constexpr const char* exit_codes =
     "Results go to the standard output, messages to the standard error. Exit codes:\n"
     "  0  done\n"
     "  2  wrong usage\n"
-    "  3  the file cannot be read or is malformed\n"
-    "  4  the output was not written (a VTK file that existed is then as it was)";
-
-struct arguments {
-    std::string file;
-    std::string vtk;
-    double tolerance = std::numeric_limits<double>::quiet_NaN();
-    bool json = false;
-};
-
-void say(const std::string& what) {
-    std::fprintf(stderr, "zelvo: %s\n", printable(what).c_str());
-}
-
-int fail(exit_code code, const std::string& what) {
-    say(what);
-    return code;
-}
-
-int print(const std::string& text) {
-    errno = 0;
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return done;
-    return fail(not_written, std::string("standard output: ") + std::strerror(errno));
-}
-
-bool same_file(const struct stat& a, const struct stat& b) {
-    return S_ISREG(a.st_mode) && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
+    "  3  a file cannot be read or is malformed\n"
+    "  4  the output was not written (a file that existed is then as it was)";
 
 /// An empty argument would pass for the number 0, or for a file of no name.
 std::string not_empty(const std::string& argument) {
     return argument.empty() ? "an empty argument" : "";
 }
 
-/// What is wrong with arguments that are well-formed; empty when nothing is.
-std::string objection(const arguments& given, bool has_tolerance, bool has_vtk) {
-    if (has_tolerance && !(given.tolerance >= 0 && std::isfinite(given.tolerance)))
-        return "--tolerance: a distance of 0 or more is needed";
-    struct stat input = {}, results = {}, vtk = {};
-    if (!has_vtk || stat(given.vtk.c_str(), &vtk) != 0) return "";
-    if (stat(given.file.c_str(), &input) == 0 && same_file(vtk, input))
-        return given.vtk + ": the VTK file would replace the STL file";
-    if (fstat(STDOUT_FILENO, &results) == 0 && same_file(vtk, results))
-        return given.vtk + ": the VTK file would replace the report";
-    return "";
+/// A check of numbers that are at least, or above, 0 and finite.
+std::function<std::string(const std::string&)> number_check(bool zero_allowed) {
+    return [=](const std::string& argument) -> std::string {
+        double x = 0.0;
+        const bool is_number = !argument.empty() && CLI::detail::lexical_cast(argument, x);
+        if (is_number && std::isfinite(x) && (x > 0 || (zero_allowed && x == 0))) return "";
+        return zero_allowed ? "a number of 0 or more is needed" : "a number above 0 is needed";
+    };
 }
 
-void warn(const surface_report& report) {
-    const auto warning = [&](const std::string& what) { say(report.file + ": warning: " + what); };
-    if (report.announced_facets > report.facets)
-        warning("facets announced: " + std::to_string(report.announced_facets) +
-                ", found: " + std::to_string(report.facets));
-    if (report.unread_bytes > 0)
-        warning("bytes behind the last facet that were not understood: " +
-                std::to_string(report.unread_bytes));
-    if (report.non_finite_nodes > 0)
-        warning("nodes with coordinates that are no finite numbers: " +
-                std::to_string(report.non_finite_nodes));
+std::string readable_format(const std::string& name) {
+    const auto form = format_named(name);
+    return form && facts(*form).readable ? "" : "one of " + names_of_readable_formats();
 }
 
-int run_report(const arguments& given, bool has_vtk) {
-    surface mesh;
-    surface_report report;
-    try {
-        report = report_on(given.file, given.tolerance, mesh);
-    } catch (const unreadable_file& reason) {
-        return fail(bad_input, given.file + ": " + reason.what());
-    } catch (const std::bad_alloc&) {
-        return fail(bad_input, given.file + ": " + std::strerror(ENOMEM));
-    }
-    warn(report);
-    // The one output is written though the other fails.
-    int code = print(given.json ? as_json(report) : as_text(report));
-    if (has_vtk) {
-        const int error = write_vtk(given.vtk, mesh);
-        if (error != 0) code = fail(not_written, given.vtk + ": " + std::strerror(error));
-    }
-    return code;
+std::string writable_format(const std::string& name) {
+    return format_named(name) ? "" : "one of " + names_of_writable_formats();
+}
+
+void add_file(CLI::App& command, const char* name, std::string& file, const char* meaning) {
+    command.add_option(name, file, meaning)->required()->check(not_empty);
+}
+
+void add_from(CLI::App& command, std::string& from) {
+    command
+        .add_option("--from", from,
+                    "Format of the mesh, whatever it looks like: " + names_of_readable_formats())
+        ->check(readable_format)
+        ->option_text("FORMAT");
+}
+
+void add_nodes(CLI::App& command, node_choice& nodes) {
+    command
+        .add_option_function<std::string>(
+            "--nodes",
+            [&nodes](const std::string& choice) {
+                nodes = choice == "all" ? node_choice::all : node_choice::used;
+            },
+            "'used' leaves out nodes without an element, 'all' keeps them, also those that stand "
+            "for unused numbers of a NASTRAN deck, which else become no nodes")
+        ->check(CLI::IsMember({"used", "all"}))
+        ->option_text("used|all");
+}
+
+void add_number(CLI::App& command, const char* name, double& x, bool zero_allowed,
+                const char* meaning) {
+    command.add_option(name, x, meaning)->check(number_check(zero_allowed));
+}
+
+void add_json(CLI::App& command, bool& json) {
+    command.add_flag("--json", json, "Prints a JSON object");
+}
+
+void add_report(CLI::App& app, report_options& given) {
+    CLI::App& command = *app.add_subcommand(
+        "report", "Reads an STL surface, welds its nodes, removes what collapsed and measures it.");
+    add_file(command, "FILE", given.file, "ASCII or binary STL file");
+    add_number(command, "--tolerance", given.tolerance, true,
+               "Distance up to which nodes are welded, in the units of the file; without it a "
+               "twentieth of the smallest height of a facet");
+    command.add_option("--vtk", given.vtk, "Writes the welded surface as a legacy VTK file")
+        ->check(not_empty);
+    add_json(command, given.json);
+}
+
+void add_convert(CLI::App& app, convert_options& given) {
+    CLI::App& command = *app.add_subcommand(
+        "convert", "Writes a mesh in another format, and says what that format does not hold.");
+    add_file(command, "IN", given.input,
+             "Mesh; its format is told by its content, or else its name");
+    add_file(command, "OUT", given.output, "File to write; its format is told by its name");
+    add_from(command, given.from);
+    command
+        .add_option("--to", given.to,
+                    "Format to write, whatever the name: " + names_of_writable_formats())
+        ->check(writable_format)
+        ->option_text("FORMAT");
+    add_nodes(command, given.nodes);
+}
+
+void add_quality(CLI::App& app, quality_options& given) {
+    CLI::App& command = *app.add_subcommand(
+        "quality", "Rates the shapes of the elements of a mesh and measures its edges.");
+    add_file(command, "FILE", given.file,
+             "Mesh; its format is told by its content, or else its name");
+    add_from(command, given.from);
+    add_json(command, given.json);
 }
 
 int run(int argc, char** argv) {
-    arguments given;
+    report_options report;
+    convert_options convert;
+    quality_options quality;
     CLI::App app("Processes meshes.", "zelvo");
     app.set_version_flag("--version", "zelvo " KVX_ZELVO_RELEASE);
     app.require_subcommand(1);
+    add_report(app, report);
+    add_convert(app, convert);
+    add_quality(app, quality);
     app.footer(exit_codes);
-
-    CLI::App* const report = app.add_subcommand(
-        "report", "Reads an STL surface, welds its nodes, removes what collapsed and measures it.");
-    report->footer(exit_codes);
-    CLI::Option* const file =
-        report->add_option("FILE", given.file, "ASCII or binary STL file")->required();
-    CLI::Option* const tolerance = report->add_option(
-        "--tolerance", given.tolerance,
-        "Distance up to which nodes are welded, in the units of the file; without it a twentieth "
-        "of the smallest height of a facet");
-    CLI::Option* const vtk =
-        report->add_option("--vtk", given.vtk, "Writes the welded surface as a legacy VTK file");
-    for (CLI::Option* const option : {file, tolerance, vtk})
-        option->check(not_empty);
-    report->add_flag("--json", given.json, "Prints the report as a JSON object");
+    for (CLI::App* const command : app.get_subcommands({}))
+        command->footer(exit_codes);
 
     try {
         app.parse(argc, argv);
@@ -137,9 +137,9 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& mistake) {
         return fail(wrong_usage, std::string(mistake.what()) + " (zelvo --help tells the usage)");
     }
-    const std::string wrong = objection(given, tolerance->count() > 0, vtk->count() > 0);
-    if (!wrong.empty()) return fail(wrong_usage, wrong);
-    return run_report(given, vtk->count() > 0);
+    if (app.got_subcommand("report")) return run_report(report);
+    if (app.got_subcommand("convert")) return run_convert(convert);
+    return run_quality(quality);
 }
 
 } // namespace

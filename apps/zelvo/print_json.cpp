@@ -28,12 +28,25 @@ json as_json(const kvx::misc::histogram& values) {
             {"bins", std::move(bins)}};
 }
 
+json as_json(const kind_quality& kind) {
+    json object = {{"kind", facts(kind.kind).name}, {"elements", kind.elements}};
+    if (kind.kind != kvx::ET_NODE1) {
+        object["inverted"] = kind.inverted;
+        object["shape_quality"] = as_json(kind.shape_quality);
+    }
+    return object;
+}
+
+std::string text_of(const json& object) {
+    return object.dump(2, ' ', false, json::error_handler_t::replace) + '\n';
+}
+
 } // namespace
 
 std::string as_json(const surface_report& report) {
     const json object = {
         {"file", report.file},
-        {"format", report.ascii ? "stl-ascii" : "stl-binary"},
+        {"format", facts(report.form).name},
         {"facets", report.facets},
         {"nodes", report.nodes},
         {"elements", report.elements},
@@ -49,5 +62,22 @@ std::string as_json(const surface_report& report) {
         {"shape_quality", as_json(report.shape_quality)},
         {"unread_bytes", report.unread_bytes},
     };
-    return object.dump(2, ' ', false, json::error_handler_t::replace) + '\n';
+    return text_of(object);
+}
+
+std::string as_json(const quality_report& report) {
+    json kinds = json::array();
+    for (const kind_quality& kind : report.kinds)
+        kinds.push_back(as_json(kind));
+    const json object = {
+        {"file", report.file},
+        {"format", facts(report.form).name},
+        {"nodes", report.nodes},
+        {"elements", report.elements},
+        {"edges", report.edges},
+        {"bounding_box", as_json(report.box)},
+        {"edge_length", as_json(report.edge_length)},
+        {"kinds", std::move(kinds)},
+    };
+    return text_of(object);
 }

@@ -1,6 +1,7 @@
 #include "output.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 
@@ -30,22 +31,21 @@ std::string box_line(const char* axis, const spread& values) {
                           number(values.max - values.min) + ")");
 }
 
-} // namespace
-
-std::string printable(const std::string& name) {
-    std::string text;
-    for (const char c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        char escaped[8] = {c};
-        if (byte < 0x20 || byte == 0x7F) std::snprintf(escaped, sizeof escaped, "\\x%02X", byte);
-        text += escaped;
-    }
-    return text;
+std::string box_lines(const std::array<spread, 3>& box) {
+    return "\nBounding box\n" + box_line("x", box[0]) + box_line("y", box[1]) +
+           box_line("z", box[2]);
 }
+
+std::string length_lines(const spread& lengths) {
+    return "\nEdge length\n" + line("shortest", number(lengths.min)) +
+           line("mean", number(lengths.mean)) + line("longest", number(lengths.max));
+}
+
+} // namespace
 
 std::string as_text(const surface_report& report) {
     std::string text = printable(report.file) + '\n';
-    text += line("format", report.ascii ? "STL, ASCII" : "STL, binary");
+    text += line("format", facts(report.form).title);
 
     text += "\nCleaning\n";
     text += line("facets read", report.facets);
@@ -63,16 +63,26 @@ std::string as_text(const surface_report& report) {
     text += line("non-manifold edges", report.non_manifold_edges);
     text += line("degenerate elements", report.degenerate_elements);
 
-    text += "\nBounding box\n";
-    text += box_line("x", report.box[0]);
-    text += box_line("y", report.box[1]);
-    text += box_line("z", report.box[2]);
-
-    text += "\nEdge length\n";
-    text += line("shortest", number(report.edge_length.min));
-    text += line("mean", number(report.edge_length.mean));
-    text += line("longest", number(report.edge_length.max));
-
+    text += box_lines(report.box) + length_lines(report.edge_length);
     text += "\nShape quality (1: equilateral, 0: flat)\n" + report.shape_quality.text();
+    return text;
+}
+
+std::string as_text(const quality_report& report) {
+    std::string text = printable(report.file) + '\n';
+    text += line("format", facts(report.form).title);
+    text += line("nodes", report.nodes);
+    text += line("elements", report.elements);
+    text += line("edges", report.edges);
+    text += box_lines(report.box) + length_lines(report.edge_length);
+    for (const kind_quality& kind : report.kinds) {
+        std::string title = facts(kind.kind).plural;
+        title[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(title[0])));
+        text += '\n' + title + '\n' + line("elements", kind.elements);
+        if (kind.kind == kvx::ET_NODE1) continue;
+        text += line("inverted", kind.inverted);
+        text +=
+            "Shape quality (1: ideal, 0: flat, negative: inverted)\n" + kind.shape_quality.text();
+    }
     return text;
 }

@@ -1,0 +1,204 @@
+#include "conversion.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "measures.h"
+#include "mesh_writing.h"
+
+using namespace kvx;
+
+namespace {
+
+/// What becomes of the elements of a kind.
+enum fate {
+    whole,
+    out,     // left out
+    corners, // becomes the element of its corners
+    split,   // becomes two triangles
+    fewer,   // the writer leaves out inner nodes
+    brick,   // written as a hexahedron
+    twice,   // written twice
+    poly,    // written as two cells
+    no_4th,  // written without its fourth node
+    joined   // written as a face that few programs read
+};
+
+/// What is said of the elements, behind their name; nothing of those that stay whole.
+constexpr std::array<const char*, 10> remarks = {
+    nullptr,
+    "that the format cannot hold, left out",
+    "written with their corners only",
+    "split into two triangles along the shorter diagonal",
+    "written without the nodes inside faces and volume",
+    "written as hexahedra with repeated nodes",
+    "written twice, in two orders of their nodes",
+    "written as two cells, corners and a poly-vertex",
+    "whose card holds 0 for the fourth node",
+    "written run together (1//2//3//), which is not read back",
+};
+
+/// By format and kind. Elements whose NASTRAN card would have no name are left out: such a line is
+/// read as the continuation of the card before it.
+using fates_of_kinds = std::array<fate, 21>;
+constexpr fates_of_kinds in_stl = {out,   out,     out,     out,     out, out, whole,
+                                   split, corners, corners, corners, out, out, out,
+                                   out,   out,     out,     out,     out, out, out};
+constexpr std::array<fates_of_kinds, 8> fates = {{
+    // 1 point; 3 bars; 6 triangles, quadrangles; 8 the same, quadratic; 12 tetrahedra; 14 pyramids;
+    // 16 wedges; 18 hexahedra
+    in_stl,
+    in_stl,
+    {out, out,   out,  whole, poly, out,   whole, whole, poly, poly, poly,
+     out, whole, poly, whole, poly, whole, poly,  whole, poly, poly},
+    {out, out,   out,     whole, corners, out,   whole,   whole, corners, corners, corners,
+     out, whole, corners, brick, corners, brick, corners, whole, corners, corners},
+    {out, out,    out,     whole, corners, out, whole, whole, whole,   whole,  corners,
+     out, no_4th, corners, out,   out,     out, out,   whole, corners, corners},
+    {out, out, out, out, out, out, joined, joined, corners, corners, corners,
+     out, out, out, out, out, out, out,    out,    out,     out},
+    {out, out,   out,   whole, whole, out,   whole, whole, twice, whole, fewer,
+     out, whole, whole, out,   out,   whole, fewer, whole, whole, fewer},
+    {out, whole, out,   whole, corners, out,   whole,   whole, whole, whole,  corners,
+     out, whole, whole, whole, corners, whole, corners, whole, whole, corners},
+}};
+
+fate fate_of(element_type kind, format form) {
+    return fates[static_cast<unsigned>(form)][static_cast<unsigned>(kind)];
+}
+
+/// Two triangles for every quadrangle, with the turn that it has.
+element_group split_quadrangles(const element_group& group, const dense2D<double>& pos) {
+    element_group result{ET_TRIA3, dense2D<unsigned int>(3, 2 * group.connectM.cols()), {}};
+    if (!group.properties.empty()) need(result.properties.resize(2 * group.properties.size()));
+    for (std::uint64_t j = 0; j < group.connectM.cols(); ++j) {
+        const unsigned int* const q = &group.connectM(0, j);
+        // Not "longer": where nothing compares, the diagonal is that of the first node.
+        const bool turned =
+            distance(&pos(0, q[1]), &pos(0, q[3])) < distance(&pos(0, q[0]), &pos(0, q[2]));
+        const std::array<unsigned int, 6> nodes =
+            turned ? std::array{q[0], q[1], q[3], q[1], q[2], q[3]}
+                   : std::array{q[0], q[1], q[2], q[0], q[2], q[3]};
+        std::copy(nodes.begin(), nodes.end(), &result.connectM(0, 2 * j));
+        for (std::uint64_t k = 2 * j; k < result.properties.size() && k < 2 * j + 2; ++k)
+            result.properties[k] = group.properties[j];
+    }
+    return result;
+}
+
+/// Turns the elements into what the format can hold, and counts them by what becomes of them.
+class fitting {
+public:
+    fitting(mesh& m, format form)
+        : mesh_(m)
+        , form_(form) {
+        std::vector<element_group> fitted;
+        for (element_group& group : mesh_.groups)
+            fit(group, fitted);
+        mesh_.groups.swap(fitted);
+    }
+
+    void note(warnings& notes) const {
+        for (unsigned f = 1; f < remarks.size(); ++f) {
+            for (unsigned kind = 0; kind < counts_[f].size(); ++kind)
+                notes.add(facts(static_cast<element_type>(kind)).plural +
+                              (' ' + std::string(remarks[f])),
+                          counts_[f][kind]);
+        }
+    }
+
+private:
+    void fit(element_group group, std::vector<element_group>& fitted) {
+        const fate what = fate_of(group.kind, form_);
+        counts_[what][static_cast<unsigned>(group.kind)] += group.connectM.cols();
+        if (what == corners) return fit(corners_of(group), fitted);
+        if (what == split) return fit(split_quadrangles(group, mesh_.pos), fitted);
+        if (what != out) fitted.push_back(std::move(group));
+    }
+
+    mesh& mesh_;
+    format form_;
+    std::array<std::array<std::uint64_t, 21>, remarks.size()> counts_ = {};
+};
+
+/// How a format writes a coordinate, as a form of printf; nullptr where nothing is rounded.
+const char* number_form(format form) {
+    constexpr std::array<const char*, 8> forms = {"%.6e",  nullptr, "%.6f", "%.6E",
+                                                  "%#.6g", "%.8e",  "%.5e", nullptr};
+    return forms[static_cast<unsigned>(form)];
+}
+
+double as_written(double x, format form) {
+    if (form == format::stl_binary) return static_cast<float>(x);
+    const char* const number = number_form(form);
+    if (!number || !std::isfinite(x)) return x;
+    std::array<char, 400> text; // "%f" writes up to 309 digits before the point
+    std::snprintf(text.data(), text.size(), number, x);
+    return std::strtod(text.data(), nullptr);
+}
+
+void note_rounding(const dense2D<double>& pos, format form, warnings& notes) {
+    if (form == format::femap) return;
+    std::uint64_t nodes = 0;
+    double largest = 0.0;
+    for (std::uint64_t j = 0; j < pos.cols(); ++j) {
+        double change = 0.0;
+        for (unsigned i = 0; i < 3; ++i)
+            if (!std::isnan(pos(i, j)))
+                change = std::max(change, std::abs(as_written(pos(i, j), form) - pos(i, j)));
+        if (change > 0.0) ++nodes;
+        largest = std::max(largest, change);
+    }
+    std::array<char, 64> by;
+    std::snprintf(by.data(), by.size(), " (by up to %.2g)", largest);
+    notes.add("nodes whose coordinates the format rounds" + std::string(by.data()), nodes);
+}
+
+/// Elements whose property number says something: writers give 1 to those that have none.
+std::uint64_t elements_with_property(const mesh& m) {
+    std::uint64_t count = 0;
+    for (const element_group& group : m.groups)
+        count += static_cast<std::uint64_t>(
+            std::count_if(group.properties.begin(), group.properties.end(),
+                          [](unsigned int property) { return property != 1; }));
+    return count;
+}
+
+bool holds_properties(const mesh& m, format form) {
+    return form == format::nastran || form == format::femap ||
+           (form == format::medit && medit_holds_properties(m));
+}
+
+/// A deck has a grid point for every number up to the largest.
+void note_filled_numbers(const mesh& m, warnings& notes) {
+    const std::vector<bool> used = used_nodes(m);
+    std::uint64_t count = 0;
+    for (std::uint64_t j = 0; j < m.pos.cols(); ++j)
+        if (!used[j] && is_origin(m.pos, j)) ++count;
+    notes.add("grid points at the origin that no element uses, such as for numbers left out",
+              count);
+}
+
+/// STL has corners of triangles, not nodes.
+void leave_out_unused_nodes(mesh& m, warnings& notes) {
+    const std::vector<bool> used = used_nodes(m);
+    notes.add("nodes that no triangle uses, left out",
+              static_cast<std::uint64_t>(std::count(used.begin(), used.end(), false)));
+    keep_nodes(m, used);
+}
+
+} // namespace
+
+void fit_to_format(mesh& m, format form, warnings& notes) {
+    const std::uint64_t with_property = elements_with_property(m);
+    fitting(m, form).note(notes);
+    if (form == format::stl_ascii || form == format::stl_binary) leave_out_unused_nodes(m, notes);
+    if (form == format::nastran) note_filled_numbers(m, notes);
+    if (!holds_properties(m, form))
+        notes.add("elements whose property number is not written", with_property);
+    note_rounding(m.pos, form, notes);
+}

@@ -1,0 +1,173 @@
+"""Tests of `zelvo convert` and `quality`. Usage: convert_test.py ZELVO [unittest arguments]"""
+
+import collections
+import json
+import os
+import resource
+import sys
+import unittest
+from pathlib import Path
+
+from zelvo_command import CORNERS, MESHES, Command
+
+try:
+    import meshio
+    from vtkmodules.vtkIOGeometry import vtkSTLReader
+    from vtkmodules.vtkIOLegacy import vtkUnstructuredGridReader
+except ImportError:
+    meshio = None
+
+
+def neutral(nodes, elements):
+    """A FEMAP file. elements: topology, node numbers from 1; the third has property 2"""
+    text = "   -1\n   403\n%s   -1\n   -1\n   404\n" % "".join(
+        "%d,0,0,1,46,0,0,0,0,0,0,%r,%r,%r,\n" % (i + 1, *node) for i, node in enumerate(nodes))
+    for k, (topology, numbers) in enumerate(elements):
+        slots = "%d," * 10 + "\n" + "%d," * 10 + "\n"
+        text += "%d,124,%d,17,%d,1,0,0,\n" % (k + 1, 1 + (k == 2), topology)
+        text += slots % (*numbers, *[0] * (20 - len(numbers))) + "0.,0.,0.,\n" * 3 + "0,0,0,0,\n"
+    return (text + "   -1\n").encode()
+
+
+# Kinds as they are named, and read by independent readers; topologies and numbers of nodes of a neutral file.
+KINDS = [("point", "points", 9, 1), ("bar2", "bars", 0, 2), ("triangle3", "triangles", 2, 3),
+         ("quadrangle4", "quadrangles", 4, 4), ("triangle6", "triangles of 6 nodes", 3, 6),
+         ("quadrangle8", "quadrangles of 8 nodes", 5, 8), ("tetrahedron4", "tetrahedra", 6, 4),
+         ("tetrahedron10", "tetrahedra of 10 nodes", 10, 10), ("pyramid5", "pyramids", 18, 5), ("wedge6", "wedges", 7, 6),
+         ("hexahedron8", "hexahedra", 8, 8), ("hexahedron20", "hexahedra of 20 nodes", 12, 20)]
+EVERY_KIND = neutral([(1 / 3, 0, 0)] + [(k % 3, k // 3 % 3, k * k % 7) for k in range(1, 20)],
+                     [(topology, range(1, count + 1)) for _, _, topology, count in KINDS])
+READ_AS = {2: "rest", 3: "bar2", 5: "triangle3", 9: "quadrangle4", 10: "tetrahedron4", 12: "hexahedron8", 13: "wedge6",
+           14: "pyramid5", "line": "bar2", "triangle": "triangle3", "quad": "quadrangle4", "tetra": "tetrahedron4",
+           "hexahedron": "hexahedron8", 6: "triangle3", 8: "quadrangle4"}
+FATES = {"o": "that the format cannot hold, left out", "c": "written with their corners only",
+         "s": "split into two triangles along the shorter diagonal", "b": "written as hexahedra with repeated nodes",
+         "t": "written twice, in two orders of their nodes", "p": "written as two cells, corners and a poly-vertex",
+         "4": "whose card holds 0 for the fourth node", "j": "written run together (1//2//3//), which is not read back"}
+# What becomes of each kind, in the order above ("w": nothing), and how much 1/3 changes.
+FORMATS = {"stl-ascii": ("oowsccoooooo", "3.3e-08"), "stl-binary": ("oowsccoooooo", "9.9e-09"),
+           "vtk": ("owwwppwpwwwp", "3.3e-07"), "medit": ("owwwccwcbbwc", "3.3e-08"),
+           "nastran": ("owwwww4coowc", "3.3e-07"), "obj": ("oojjccoooooo", "3.3e-10"),
+           "ensight": ("owwwtwwwowww", "3.3e-07"), "femap": ("wwwwwwwwwwww", None)}
+
+
+def converted(form, kinds):
+    """Counts of kinds by what becomes of them, and as they are read back."""
+    fates, back, corners = collections.defaultdict(collections.Counter), collections.Counter(), {4: 2, 5: 3, 7: 6, 11: 10}
+    for k, count in kinds.items():
+        while (fate := FORMATS[form][0][k]) == "c":
+            fates[fate][KINDS[k][1]] += count
+            k = corners[k]
+        fates[fate][KINDS[k][1]] += count
+        place = {"s": 2, "b": 10}.get(fate, corners[k] if fate == "p" else k)
+        back[KINDS[place][0]] += 0 if fate == "o" else 2 * count if fate == "s" else count
+        back["rest"] += count * (fate == "p")
+    return fates, +back
+
+
+def cells(form, name):
+    """Number of points (none in STL) and types of cells, by a reader that is not ours."""
+    if form == "medit":
+        mesh = meshio.medit.read(name)
+        return len(mesh.points), [block.type for block in mesh.cells for _ in block.data]
+    reader = vtkUnstructuredGridReader() if form == "vtk" else vtkSTLReader()
+    reader.SetFileName(name)
+    getattr(reader, "MergingOff", int)()  # else facets whose corners coincide are left out
+    reader.Update()
+    grid = reader.GetOutput()
+    types = [grid.GetCellType(i) for i in range(grid.GetNumberOfCells())]
+    return grid.GetNumberOfPoints() if form == "vtk" else None, types
+
+
+class Convert(Command):
+    def assert_holds(self, form, nodes, kinds):
+        if form == "obj":
+            points, types = None, [line.count("/") for line in Path("out").read_text().split("\n") if line[:2] == " f"]
+        elif form in ("nastran", "femap"):
+            report = json.loads(self.run_zelvo("quality", "--json", "out").stdout)
+            points = report["nodes"] if form == "femap" else None
+            types = [kind["kind"] for kind in report["kinds"] for _ in range(kind["elements"])]
+        elif meshio:
+            points, types = cells(form, "out")
+        else:
+            return
+        self.assertIn(points, (nodes, None))
+        self.assertEqual(collections.Counter(READ_AS.get(type, type) for type in types), kinds)
+
+    def test_every_kind_in_every_format(self):
+        self.file(EVERY_KIND, "all.neu")
+        for form, (_, change) in FORMATS.items():
+            with self.subTest(form):
+                fates, back = converted(form, dict.fromkeys(range(len(KINDS)), 1))
+                said = ["%s %s: %d" % (kind, FATES[fate], n) for fate in FATES for kind, n in fates[fate].items()]
+                said += ["nodes that no triangle uses, left out: 16"] * (form[0] == "s")
+                said += ["elements whose property number is not written: 1"] * (form not in ("nastran", "femap"))
+                said += ["nodes whose coordinates the format rounds (by up to %s): 1" % change] * bool(change)
+                run = self.run_zelvo("convert", "all.neu", "out", "--to", form)
+                found = [line[len("zelvo: out: warning: "):] for line in run.stderr.decode().splitlines()]
+                self.assertEqual((run.returncode, run.stdout, sorted(found)), (0, b"", sorted(said)))
+                if form != "ensight":
+                    self.assert_holds(form, 20, back)
+
+    @unittest.skipUnless(MESHES, "KVX_ZELVO_MESHES is not set: no real meshes")
+    def test_real_meshes(self):
+        for name, form in ((name, form) for name in sorted(os.listdir(MESHES)) if name != "README.md" for form in FORMATS):
+            with self.subTest(name, form=form):
+                nodes, kinds, *odd = REAL_MESHES.get(name, (None, {2: 1}))
+                back = converted(form, kinds)[1]
+                run = self.run_zelvo("convert", os.path.join(MESHES, name), "out", "--to", form)
+                self.assertEqual(run.returncode, 0 if back else 3, run.stderr)
+                for what in odd:
+                    self.assertRegex(run.stderr.decode(), r"%s: .*%s" % (name, what))
+                if nodes and back and form != "ensight":
+                    self.assert_holds(form, nodes, back)
+
+    def test_nodes_without_elements(self):
+        self.file(b"BEGIN BULK\nGRID 2 0. 1. 0.\nGRID 3 1. 1. 0.\nGRID 5 2. 2. 0.\nGRID 9 2. 3. 0.\n"
+                  b"CTRIA3,1,1,2,3,5\nCTRIA3,2,1,2,3,77\nENDDATA\n", "a.bdf")
+        for nodes, said, *options in ((4, r"does not have, left out: 1\n\Z"), (3, "zelvo", "--nodes", "used"),
+                                      (10, "zelvo", "--nodes", "all"), (4, "at the origin .*: 6", "--to", "nastran")):
+            self.assertRegex(self.run_zelvo("convert", "a.bdf", "out.neu", *options).stderr.decode(), said)
+            self.assert_reports({"nodes": nodes, "elements": 1}, "out.neu", subcommand="quality")
+
+    def test_failures(self):
+        self.file(b"old", "old.vtk")
+        for code, culprit, *arguments in (
+                (2, "tells no format", "cube.stl", "out.xyz"), (2, "replace the input", "cube.stl", "cube.stl"),
+                (2, "--from: one of", "--from", "vtk", "cube.stl", "o.vtk"), (3, "not a mesh", "old.vtk", "o.vtk"),
+                (3, "no mesh", "--from", "nastran", "cube.stl", "o.vtk"),
+                (4, "/dev/full: No space left", "cube.stl", "/dev/full", "--to", "medit")):
+            with self.subTest(arguments):
+                self.assert_fails(code, culprit, "convert", *arguments)
+        for form in FORMATS:
+            run = self.run_zelvo("convert", "cube.stl", "old.vtk", "--to", form,
+                                 preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)))
+            self.assertEqual((run.returncode, b"File too large" in run.stderr), (4, True), form)
+        self.assertEqual((Path("old.vtk").read_text(), sorted(os.listdir())), ("old", ["cube.stl", "old.vtk"]))
+
+    def test_quality_of_inverted_and_quadratic_elements(self):
+        brick = [1, 2, 4, 3, 5, 6, 8, 7]
+        self.file(neutral(CORNERS, [(8, brick), (8, brick[4:] + brick[:4]), (5, brick)]), "a.neu")
+        report = self.assert_reports({"format": "femap", "nodes": 8, "elements": 3, "edges": 12,
+                                      "edge_length": {"min": 1, "mean": 1, "max": 1}}, "a.neu", subcommand="quality")
+        found = [(kind["kind"], kind["elements"], kind["inverted"], kind["shape_quality"]["min"],
+                  kind["shape_quality"]["bins"][9]["count"]) for kind in report["kinds"]]
+        self.assertEqual(found, [("quadrangle8", 1, 0, 1, 1), ("hexahedron8", 2, 1, -1, 1)])
+
+
+# Nodes; triangles, quadrangles, bars, tetrahedra and hexahedra; what is said of the file. Others have triangles only.
+# The numbers of grid points with a lost or misread coordinate are those of a reader by columns.
+REAL_MESHES = {name: (nodes, {k: n for k, n in zip((2, 3, 1, 6, 10), counts) if n}, *odd) for name, nodes, counts, *odd in (
+    ("quads-crlf.obj", 1440, (0, 1440), "normals, left out: 1440", "texture coordinates, left out: 3"),
+    ("polygons-groups.obj", 644, (176, 496), "3 or 4 corners, .*: 6"),
+    ("continuation-polygons-crlf.obj", 0, (), "3 or 4 corners, .*: 13"),
+    ("negative-indices.obj", 0, (), "not understood, left out: 6"),
+    ("large-field-grid.bdf", 169, (0, 144), "lost or misread .*: 169"),
+    ("bars-wedges.bdf", 22, (0, 0, 4), "CPENTA.*: 6", "lost or misread .*: 16"),
+    ("tetra-quad-contact.bdf", 789, (0, 414, 0, 1137), "lost or misread .*: 1"),
+    ("penta-hexa-tria-quad.bdf", 60, (2, 3, 0, 0, 12), "lost or misread .*: 34"),
+    ("exponent-without-e.bdf", 3655, (6, 3534), "stand: 3655", "lost or misread .*: 3196"),
+    ("quads-v7.neu", 1394, (0, 1016)), ("results-only-v82.neu", 0, (), "holds no mesh"))}
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1] + sys.argv[2:])
