@@ -33,3 +33,17 @@ struct quality_options {
     bool json = false;
 };
 int run_quality(const quality_options& given);
+
+struct metric_options {
+    std::string file;
+    std::string output;
+    std::string from;
+    std::string field;
+    node_choice nodes = node_choice::numbered;
+    double min = std::numeric_limits<double>::quiet_NaN();
+    double max = std::numeric_limits<double>::quiet_NaN();
+    double gradation = std::numeric_limits<double>::quiet_NaN();
+    double fallback = std::numeric_limits<double>::quiet_NaN();
+    bool json = false;
+};
+int run_metric(const metric_options& given);

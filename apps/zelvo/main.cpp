@@ -114,16 +114,41 @@ void add_quality(CLI::App& app, quality_options& given) {
     add_json(command, given.json);
 }
 
+void add_metric(CLI::App& app, metric_options& given) {
+    CLI::App& command = *app.add_subcommand(
+        "metric", "Checks, bounds and smooths a size or metric field on the nodes of a mesh.");
+    add_file(command, "MESH", given.file,
+             "Mesh; its format is told by its content, or else its name");
+    add_file(command, "OUT", given.output, "MEDIT solution to write");
+    command
+        .add_option(
+            "--field", given.field,
+            "MEDIT solution with the field; without it the mean length of the edges at each node")
+        ->check(not_empty);
+    add_number(command, "--fallback", given.fallback, false,
+               "Size that replaces what is not valid");
+    add_number(command, "--min", given.min, false, "Smallest size");
+    add_number(command, "--max", given.max, false, "Largest size");
+    add_number(
+        command, "--gradation", given.gradation, false,
+        "Largest shock between neighbours: sizes grow at most by ln(1 + G) per unit of length");
+    add_from(command, given.from);
+    add_nodes(command, given.nodes);
+    add_json(command, given.json);
+}
+
 int run(int argc, char** argv) {
     report_options report;
     convert_options convert;
     quality_options quality;
+    metric_options metric;
     CLI::App app("Processes meshes.", "zelvo");
     app.set_version_flag("--version", "zelvo " KVX_ZELVO_RELEASE);
     app.require_subcommand(1);
     add_report(app, report);
     add_convert(app, convert);
     add_quality(app, quality);
+    add_metric(app, metric);
     app.footer(exit_codes);
     for (CLI::App* const command : app.get_subcommands({}))
         command->footer(exit_codes);
@@ -139,7 +164,8 @@ int run(int argc, char** argv) {
     }
     if (app.got_subcommand("report")) return run_report(report);
     if (app.got_subcommand("convert")) return run_convert(convert);
-    return run_quality(quality);
+    if (app.got_subcommand("quality")) return run_quality(quality);
+    return run_metric(metric);
 }
 
 } // namespace

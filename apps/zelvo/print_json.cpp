@@ -81,3 +81,22 @@ std::string as_json(const quality_report& report) {
     };
     return text_of(object);
 }
+
+std::string as_json(const metric_report& report) {
+    const json object = {
+        {"file", report.file},
+        {"output", report.output},
+        {"field", report.field.empty() ? json() : json(report.field)},
+        {"values", report.metrics ? "metrics" : "sizes"},
+        {"dimension", report.dimension},
+        {"nodes", report.nodes},
+        {"invalid", report.invalid},
+        {"replaced", report.replaced},
+        {"size_before", as_json(report.size_before)},
+        {"size_after", as_json(report.size_after)},
+        {"shock_before", report.shock_before},
+        {"shock_after", report.shock_after},
+        {"gradation_reached", report.gradation_reached},
+    };
+    return text_of(object);
+}

@@ -41,6 +41,10 @@ std::string length_lines(const spread& lengths) {
            line("mean", number(lengths.mean)) + line("longest", number(lengths.max));
 }
 
+std::string change(const std::string& before, const std::string& after) {
+    return before + " -> " + after;
+}
+
 } // namespace
 
 std::string as_text(const surface_report& report) {
@@ -84,5 +88,23 @@ std::string as_text(const quality_report& report) {
         text +=
             "Shape quality (1: ideal, 0: flat, negative: inverted)\n" + kind.shape_quality.text();
     }
+    return text;
+}
+
+std::string as_text(const metric_report& report) {
+    const auto sizes = [](const spread& values) {
+        return number(values.min) + " .. " + number(values.max);
+    };
+    std::string text = printable(report.output) + '\n';
+    text += line("mesh", printable(report.file));
+    text += line("field", report.field.empty() ? "mean edge lengths" : printable(report.field));
+    text += line("values", !report.metrics         ? "sizes"
+                           : report.dimension == 2 ? "metrics, 2-D"
+                                                   : "metrics, 3-D");
+    text += line("nodes", report.nodes);
+    text += line("invalid", change(std::to_string(report.invalid),
+                                   std::to_string(report.invalid - report.replaced)));
+    text += line("size", change(sizes(report.size_before), sizes(report.size_after)));
+    text += line("largest shock", change(number(report.shock_before), number(report.shock_after)));
     return text;
 }

@@ -1,7 +1,8 @@
-"""Tests of `zelvo convert` and `quality`. Usage: convert_test.py ZELVO [unittest arguments]"""
+"""Tests of `zelvo convert`, `quality` and `metric`. Usage: convert_test.py ZELVO [unittest arguments]"""
 
 import collections
 import json
+import math
 import os
 import resource
 import sys
@@ -153,6 +154,41 @@ class Convert(Command):
         found = [(kind["kind"], kind["elements"], kind["inverted"], kind["shape_quality"]["min"],
                   kind["shape_quality"]["bins"][9]["count"]) for kind in report["kinds"]]
         self.assertEqual(found, [("quadrangle8", 1, 0, 1, 1), ("hexahedron8", 2, 1, -1, 1)])
+
+
+class Metric(Command):
+    def setUp(self):
+        super().setUp()
+        self.file(neutral([(0, 0, 0), (1, 0, 0), (3, 0, 0)], [(0, [1, 2]), (0, [2, 3])]), "line.neu")
+
+    def test_fields(self):
+        e = repr(math.e - 1)  # sizes grow by 1 per unit of length
+        sizes, metrics = lambda h: [h], lambda h: [h ** -2, 0, h ** -2, 0, 0, h ** -2]
+        for start, limits, expected, said, report in (
+                (None, [], (1, 1.5, 2), [], {"field": None, "shock_before": round(math.exp(0.5) - 1, 9)}),
+                ((1, 10, 10), ["--gradation", e], (1, 2, 4), [], {"shock_after": round(math.e - 1, 9)}),
+                ((1, 10, 0.25), ["--min", "0.5", "--max", "4"], (1, 4, 0.5), [], {"size_after": {
+                    "min": 0.5, "mean": round(5.5 / 3, 9), "max": 4}}),
+                ((1, math.inf, 9), ["--gradation", e], (), ["valid .*: 1"], {"invalid": 1, "replaced": 0}),
+                ((1, math.inf, 9), ["--gradation", e, "--fallback", "8"], (1, 2, 4), [], {"invalid": 1, "replaced": 1})):
+            for dimension, count, entry in ((3, 1, sizes), (2, 3, metrics), (3, 6, metrics))[:3 if start else 1]:
+                with self.subTest(start=start, count=count, limits=limits):
+                    numbers = [dimension, count, 3, 2] + sum((entry(h)[:count] for h in start or ()), [])
+                    self.file(" ".join(map(repr, numbers)).encode(), "in.sol")
+                    field = ["--field", "in.sol"] if start else []
+                    self.assert_reports(report, "line.neu", "out.sol", *field, *limits, warnings=said, subcommand="metric")
+                    wanted = [dimension, count, 3, 2] + sum((entry(h)[:count] for h in expected), [])
+                    for found, number in zip(map(float, Path("out.sol").read_text().split()), wanted, strict=bool(expected)):
+                        self.assertAlmostEqual(found, number, 6)
+
+    def test_fields_that_do_not_fit(self):
+        for content, reason in (("3 1 3", "no solution"), ("3 1 3 1 1 1 1", "at the nodes"), ("3 1 2 2 1 1", "has 2 nodes"),
+                                ("3 1 99999999999999 2 1", "announces"), ("3 1 3 2 1 1 x", "no number"),
+                                ("3 3 3 2" + 9 * " 1", "neither sizes")):
+            self.file(content.encode(), "in.sol")
+            self.assert_fails(3, reason, "metric", "line.neu", "out.sol", "--field", "in.sol")
+        self.assert_fails(2, "--min: larger", "metric", "line.neu", "out.sol", "--min", "3", "--max", "2")
+        self.assert_fails(2, "replace an input", "metric", "line.neu", "in.sol", "--field", "in.sol")
 
 
 # Nodes; triangles, quadrangles, bars, tetrahedra and hexahedra; what is said of the file. Others have triangles only.
