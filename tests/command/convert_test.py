@@ -19,8 +19,8 @@ except ImportError:
     meshio = None
 
 
+# A FEMAP file. elements: topology, node numbers from 1; the third has property 2
 def neutral(nodes, elements):
-    """A FEMAP file. elements: topology, node numbers from 1; the third has property 2"""
     text = "   -1\n   403\n%s   -1\n   -1\n   404\n" % "".join(
         "%d,0,0,1,46,0,0,0,0,0,0,%r,%r,%r,\n" % (i + 1, *node) for i, node in enumerate(nodes))
     for k, (topology, numbers) in enumerate(elements):
@@ -38,6 +38,7 @@ KINDS = [("point", "points", 9, 1), ("bar2", "bars", 0, 2), ("triangle3", "trian
          ("hexahedron8", "hexahedra", 8, 8), ("hexahedron20", "hexahedra of 20 nodes", 12, 20)]
 EVERY_KIND = neutral([(1 / 3, 0, 0)] + [(k % 3, k // 3 % 3, k * k % 7) for k in range(1, 20)],
                      [(topology, range(1, count + 1)) for _, _, topology, count in KINDS])
+LINE = neutral([(0, 0, 0), (1, 0, 0), (3, 0, 0)], [(0, [1, 2]), (0, [2, 3])])
 READ_AS = {2: "rest", 3: "bar2", 5: "triangle3", 9: "quadrangle4", 10: "tetrahedron4", 12: "hexahedron8", 13: "wedge6",
            14: "pyramid5", "line": "bar2", "triangle": "triangle3", "quad": "quadrangle4", "tetra": "tetrahedron4",
            "hexahedron": "hexahedron8", 6: "triangle3", 8: "quadrangle4"}
@@ -52,8 +53,8 @@ FORMATS = {"stl-ascii": ("oowsccoooooo", "3.3e-08"), "stl-binary": ("oowsccooooo
            "ensight": ("owwwtwwwowww", "3.3e-07"), "femap": ("wwwwwwwwwwww", None)}
 
 
+# Counts of kinds by what becomes of them, and as they are read back.
 def converted(form, kinds):
-    """Counts of kinds by what becomes of them, and as they are read back."""
     fates, back, corners = collections.defaultdict(collections.Counter), collections.Counter(), {4: 2, 5: 3, 7: 6, 11: 10}
     for k, count in kinds.items():
         while (fate := FORMATS[form][0][k]) == "c":
@@ -66,8 +67,8 @@ def converted(form, kinds):
     return fates, +back
 
 
+# Number of points (none in STL) and types of cells, by a reader that is not ours.
 def cells(form, name):
-    """Number of points (none in STL) and types of cells, by a reader that is not ours."""
     if form == "medit":
         mesh = meshio.medit.read(name)
         return len(mesh.points), [block.type for block in mesh.cells for _ in block.data]
@@ -80,7 +81,7 @@ def cells(form, name):
     return grid.GetNumberOfPoints() if form == "vtk" else None, types
 
 
-class Convert(Command):
+class Commands(Command):
     def assert_holds(self, form, nodes, kinds):
         if form == "obj":
             points, types = None, [line.count("/") for line in Path("out").read_text().split("\n") if line[:2] == " f"]
@@ -88,7 +89,7 @@ class Convert(Command):
             report = json.loads(self.run_zelvo("quality", "--json", "out").stdout)
             points = report["nodes"] if form == "femap" else None
             types = [kind["kind"] for kind in report["kinds"] for _ in range(kind["elements"])]
-        elif meshio:
+        elif meshio and form != "ensight":
             points, types = cells(form, "out")
         else:
             return
@@ -107,8 +108,7 @@ class Convert(Command):
                 run = self.run_zelvo("convert", "all.neu", "out", "--to", form)
                 found = [line[len("zelvo: out: warning: "):] for line in run.stderr.decode().splitlines()]
                 self.assertEqual((run.returncode, run.stdout, sorted(found)), (0, b"", sorted(said)))
-                if form != "ensight":
-                    self.assert_holds(form, 20, back)
+                self.assert_holds(form, 20, back)
 
     @unittest.skipUnless(MESHES, "KVX_ZELVO_MESHES is not set: no real meshes")
     def test_real_meshes(self):
@@ -120,7 +120,7 @@ class Convert(Command):
                 self.assertEqual(run.returncode, 0 if back else 3, run.stderr)
                 for what in odd:
                     self.assertRegex(run.stderr.decode(), r"%s: .*%s" % (name, what))
-                if nodes and back and form != "ensight":
+                if nodes and back:
                     self.assert_holds(form, nodes, back)
 
     def test_nodes_without_elements(self):
@@ -134,12 +134,12 @@ class Convert(Command):
     def test_failures(self):
         self.file(b"old", "old.vtk")
         for code, culprit, *arguments in (
-                (2, "tells no format", "cube.stl", "out.xyz"), (2, "replace the input", "cube.stl", "cube.stl"),
-                (2, "--from: one of", "--from", "vtk", "cube.stl", "o.vtk"), (3, "not a mesh", "old.vtk", "o.vtk"),
-                (3, "no mesh", "--from", "nastran", "cube.stl", "o.vtk"),
-                (4, "/dev/full: No space left", "cube.stl", "/dev/full", "--to", "medit")):
-            with self.subTest(arguments):
-                self.assert_fails(code, culprit, "convert", *arguments)
+                (2, "tells no format", "convert", "cube.stl", "out.xyz"), (2, "replace", "convert", "cube.stl", "cube.stl"),
+                (2, "--from: one of", "convert", "--from", "vtk", "cube.stl", "o.vtk"), (3, "not a mesh", "quality", "old.vtk"),
+                (3, "no mesh", "quality", "--from", "nastran", "cube.stl"), (2, "replace", "metric", "cube.stl", "cube.stl"),
+                (2, "--min: larger", "metric", "cube.stl", "o", "--min", "3", "--max", "2"),
+                (4, "/dev/full: No space left", "convert", "cube.stl", "/dev/full", "--to", "medit")):
+            self.assert_fails(code, culprit, *arguments)
         for form in FORMATS:
             run = self.run_zelvo("convert", "cube.stl", "old.vtk", "--to", form,
                                  preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)))
@@ -155,13 +155,8 @@ class Convert(Command):
                   kind["shape_quality"]["bins"][9]["count"]) for kind in report["kinds"]]
         self.assertEqual(found, [("quadrangle8", 1, 0, 1, 1), ("hexahedron8", 2, 1, -1, 1)])
 
-
-class Metric(Command):
-    def setUp(self):
-        super().setUp()
-        self.file(neutral([(0, 0, 0), (1, 0, 0), (3, 0, 0)], [(0, [1, 2]), (0, [2, 3])]), "line.neu")
-
     def test_fields(self):
+        self.file(LINE, "line.neu")
         e = repr(math.e - 1)  # sizes grow by 1 per unit of length
         sizes, metrics = lambda h: [h], lambda h: [h ** -2, 0, h ** -2, 0, 0, h ** -2]
         for start, limits, expected, said, report in (
@@ -177,18 +172,15 @@ class Metric(Command):
                     self.file(" ".join(map(repr, numbers)).encode(), "in.sol")
                     field = ["--field", "in.sol"] if start else []
                     self.assert_reports(report, "line.neu", "out.sol", *field, *limits, warnings=said, subcommand="metric")
+                    found = [round(float(word), 6) for word in Path("out.sol").read_text().split()]
                     wanted = [dimension, count, 3, 2] + sum((entry(h)[:count] for h in expected), [])
-                    for found, number in zip(map(float, Path("out.sol").read_text().split()), wanted, strict=bool(expected)):
-                        self.assertAlmostEqual(found, number, 6)
+                    self.assertEqual(found[:len(wanted)], [round(x, 6) for x in wanted])
 
-    def test_fields_that_do_not_fit(self):
         for content, reason in (("3 1 3", "no solution"), ("3 1 3 1 1 1 1", "at the nodes"), ("3 1 2 2 1 1", "has 2 nodes"),
                                 ("3 1 99999999999999 2 1", "announces"), ("3 1 3 2 1 1 x", "no number"),
                                 ("3 3 3 2" + 9 * " 1", "neither sizes")):
             self.file(content.encode(), "in.sol")
             self.assert_fails(3, reason, "metric", "line.neu", "out.sol", "--field", "in.sol")
-        self.assert_fails(2, "--min: larger", "metric", "line.neu", "out.sol", "--min", "3", "--max", "2")
-        self.assert_fails(2, "replace an input", "metric", "line.neu", "in.sol", "--field", "in.sol")
 
 
 # Nodes; triangles, quadrangles, bars, tetrahedra and hexahedra; what is said of the file. Others have triangles only.
@@ -196,8 +188,7 @@ class Metric(Command):
 REAL_MESHES = {name: (nodes, {k: n for k, n in zip((2, 3, 1, 6, 10), counts) if n}, *odd) for name, nodes, counts, *odd in (
     ("quads-crlf.obj", 1440, (0, 1440), "normals, left out: 1440", "texture coordinates, left out: 3"),
     ("polygons-groups.obj", 644, (176, 496), "3 or 4 corners, .*: 6"),
-    ("continuation-polygons-crlf.obj", 0, (), "3 or 4 corners, .*: 13"),
-    ("negative-indices.obj", 0, (), "not understood, left out: 6"),
+    ("continuation-polygons-crlf.obj", 0, (), "left out: 13"), ("negative-indices.obj", 0, (), "left out: 6"),
     ("large-field-grid.bdf", 169, (0, 144), "lost or misread .*: 169"),
     ("bars-wedges.bdf", 22, (0, 0, 4), "CPENTA.*: 6", "lost or misread .*: 16"),
     ("tetra-quad-contact.bdf", 789, (0, 414, 0, 1137), "lost or misread .*: 1"),
@@ -205,5 +196,4 @@ REAL_MESHES = {name: (nodes, {k: n for k, n in zip((2, 3, 1, 6, 10), counts) if 
     ("exponent-without-e.bdf", 3655, (6, 3534), "stand: 3655", "lost or misread .*: 3196"),
     ("quads-v7.neu", 1394, (0, 1016)), ("results-only-v82.neu", 0, (), "holds no mesh"))}
 
-if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1] + sys.argv[2:])
+unittest.main(argv=sys.argv[:1] + sys.argv[2:])
