@@ -55,7 +55,8 @@ KVX_ZELVO_API int medit_output(const char* filename, const dense2D<double>& pos,
 /// filename   created or truncated before anything is checked
 /// dim        dimension of the mesh, written as it is
 /// values     one entry per node; where their number is a multiple of 8 an empty line follows
-/// V          any number of rows, one column per node; without rows no line is written
+/// V          any number of rows, one column per node; without rows the lines are empty, and left
+///            out when there are more nodes than 32-bit indices name
 /// M          packed upper triangles, one column per node: 3 rows in 2-D, 6 in 3-D
 ///
 /// Return 0, also when writing fails, or -1 the file cannot be opened (or its name is null);
