@@ -70,14 +70,13 @@ int copy_in_pattern(dense2D<double>& pos, dense2D<unsigned int>& copy_conn,
     if (pos.empty() || n_copies == 0) return 0;
     if (!check_IDs(conn, index_bound(pos.cols()))) return -2;
     return guarded([&] {
-        const mesh_part part(conn.empty() ? dense2D<unsigned int>() : conn, pos.cols());
+        const mesh_part part(conn.rows() == 0 ? dense2D<unsigned int>() : conn, pos.cols());
         if (part.elements.empty()) n_copies = 1; // copies of nothing are all alike
         dense1D<unsigned int> moved(part.nodes.size());
         for (std::uint64_t i = 1; i <= n_copies; ++i) {
             const auto steps = static_cast<double>(i);
-            const std::uint64_t nodes = pos.cols();
-            const std::uint64_t elements = copy_conn.cols();
-            const std::uint64_t rows = copy_conn.rows();
+            const std::uint64_t coordinates = pos.rows(), nodes = pos.cols();
+            const std::uint64_t rows = copy_conn.rows(), elements = copy_conn.cols();
             const int code = guarded([&] {
                 append_copy(part, pos, pos.rows(), copy_conn);
                 std::iota(moved.begin(), moved.end(), static_cast<unsigned int>(nodes));
@@ -86,7 +85,7 @@ int copy_in_pattern(dense2D<double>& pos, dense2D<unsigned int>& copy_conn,
                 return 0;
             });
             if (code == 0) continue;
-            pos.resize(pos.rows(), nodes);
+            pos.resize(coordinates, nodes);
             copy_conn.resize(rows, elements);
             return code;
         }
