@@ -43,10 +43,9 @@ private:
     enum class side : char { unknown, in, out };
 
     double height(unsigned int node) const {
-        const double* const x = pos_.data() + node * pos_.ld(); // pos may be without rows
         double d[3] = {0.0, 0.0, 0.0};
         for (unsigned i = 0; i < dimension_; ++i)
-            d[i] = x[i] - point_[i];
+            d[i] = pos_(i, node) - point_[i];
         return d[1] * normal_[1] + d[0] * normal_[0] + d[2] * normal_[2];
     }
 

@@ -13,8 +13,8 @@ namespace kvx::zelvo {
 ///             plane, so that in 2-D the plane is the line through (P[0], P[1]) whatever N[2] is
 /// conn        node indices, one column per element; no_node ends an element
 /// P, N        a point of the plane and its normal, which points to the side that is kept
-/// kept_conn   appended to, elements in their order; gets as many rows as conn. May share storage
-///             with conn
+/// kept_conn   appended to, elements in their order; gets as many rows as conn where it has fewer.
+///             May share storage with conn
 ///
 /// Returns 0 (an empty conn changes nothing), or, in the order checked and with kept_conn unchanged:
 /// -2 an entry that is neither a column of pos nor no_node; -4 N is not at least 1e-12 long (NaN
