@@ -258,6 +258,16 @@ bool factorise(const packed_matrix<Dim>& m, bool last_may_vanish, small_matrix<D
     return true;
 }
 
+/// The same in 2-D, where the pivot needs no square of a root: (2, 2, 2) shows that it is singular.
+template <>
+inline bool factorise<2>(const packed_matrix<2>& m, bool last_may_vanish, small_matrix<2>& lower) {
+    const double pivot = m[2] - m[1] / m[0] * m[1];
+    if (!(m[0] > 0) || !(pivot > 0 || (last_may_vanish && pivot == 0))) return false;
+    const double root = std::sqrt(m[0]);
+    lower = {{{root, m[1] / root}, {0.0, std::sqrt(pivot)}}};
+    return true;
+}
+
 /// K = L^-1 M2 L^-T in 2-D, for any symmetric M2.
 inline bool middle_matrix(const small_matrix<2>& lower, const packed_matrix<2>& m2,
                           packed_matrix<2>& K) {
