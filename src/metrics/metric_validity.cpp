@@ -43,13 +43,12 @@ struct eigenvalue_bounds {
         if (hmax > 0 && hmax < largest_square_root) low = 1.0 / (hmax * hmax);
     }
 
-    /// The upper bound first, so that hmax wins; NaN does not pass it.
+    /// The upper bound first, so that hmax wins; NaN does not pass it. Whether the value changed.
     bool apply(double& value) const {
-        const bool above = !(high >= value);
-        if (above) value = high;
-        const bool below = low > value;
-        if (below) value = low;
-        return above || below;
+        const double before = value;
+        if (!(high >= value)) value = high;
+        if (low > value) value = low;
+        return value != before;
     }
 };
 
