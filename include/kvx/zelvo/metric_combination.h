@@ -13,10 +13,10 @@ namespace kvx::zelvo {
 /// Eigenvalues in ascending order and orthonormal eigenvectors, column k for value k.
 ///
 /// In 2-D, for M = (a, c; c, b): low = (a + b - s) / 2 and high = low + s, where
-/// s = sqrt((a - b)^2 + 4 c^2). A value of less than half the magnitude of the other, out of a
-/// difference that cancels, is recomputed as (a b - c^2) / other. The first vector is the longer of (low - b, c) and
-/// (c, low - a), the second is the first turned by +90 degrees; a multiple of the identity, to
-/// working precision, has the axes.
+/// s = sqrt((a - b)^2 + 4 c^2). A value of less than half the magnitude of the other comes out of a
+/// difference that cancels, and is recomputed as (a b - c^2) / other. The first vector is the
+/// longer of (low - b, c) and (c, low - a), the second is the first turned by +90 degrees; a
+/// multiple of the identity, to working precision, has the axes.
 ///
 /// False when an eigenvalue is not finite (2-D), or when an entry is not or the iteration failed
 /// (3-D); values and vectors are then partly written.

@@ -45,8 +45,7 @@ KVX_ZELVO_API int H_shock(const dense2D<double>& pos, const dense2D<unsigned int
 /// sizes       changed in place: one per node. Sizes that are not > 0, NaN or missing neither change
 ///             nor bound; an infinite one bounds none. May share storage with pos
 ///
-/// Returns 0, at once for a connectM without entries; or, with sizes untouched and in the order
-/// checked:
+/// Returns 0, for a connectM without entries too; or, with sizes untouched and in the order checked:
 ///   -1    pos has other than 2 or 3 rows
 ///   -2    connectM does not fit the kind or names a node that pos does not have
 ///   -3    nodes names a node that pos does not have
