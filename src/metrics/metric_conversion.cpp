@@ -49,11 +49,10 @@ void project_metric(const double* m3, const double* basis, double* m) {
 
 template <unsigned Dim>
 void convert_all(const dense1D<double>& sizes, dense2D<double>& metrics) {
-    const dense1D<double> source(sizes); // stays when metrics lets its storage go
-    metrics.clear();
-    if (!metrics.resize(packed_size<Dim>, source.size())) return;
-    for (std::uint64_t j = 0; j < source.size(); ++j)
-        set_isotropic<Dim>(source[j], &metrics(0, j));
+    metrics.clear(); // lets its storage go where sizes share it
+    if (!metrics.resize(packed_size<Dim>, sizes.size())) return;
+    for (std::uint64_t j = 0; j < sizes.size(); ++j)
+        set_isotropic<Dim>(sizes[j], &metrics(0, j));
 }
 
 /// Fills the columns of a set of 2-D metrics, in place unless that would write over an input.

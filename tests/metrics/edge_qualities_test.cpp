@@ -58,11 +58,11 @@ TEST(EdgeQualities, Codes) {
         return std::pair(edge_qualities(pos, conn, ET_BAR2, field, all),
                          edge_qualities(pos, &conn, &conn + 1, kinds, field, all));
     };
-    const dense1D<double> sizes(3, 1.0), few = sizes.sub_vector(0, 2);
+    const dense1D<double> sizes(3, NAN), few = sizes.sub_vector(0, 2); // NaN is not <= 0
     EXPECT_EQ(call(1, beyond, sizes), std::pair(-1, -1));
     EXPECT_EQ(call(2, beyond, sizes), std::pair(-2, -2));
-    EXPECT_EQ(call(2, bars, dense2D<double>(3, 3, 1.0)), std::pair(-4, -5)); // singular
-    EXPECT_EQ(call(3, bars, dense2D<double>(6, 3, 1.0)), std::pair(0, -5));
+    EXPECT_EQ(call(2, bars, dense2D<double>(6, 3, NAN)), std::pair(-4, -5)); // rows for space
+    EXPECT_EQ(call(3, bars, dense2D<double>(6, 3, 1.0)), std::pair(0, -5));  // singular
     EXPECT_EQ(call(2, bars, sizes), std::pair(0, 0));
     EXPECT_EQ(call(3, bars, few), std::pair(-4, -5));
     EXPECT_EQ(all.count(), 2u * (3 + 2));

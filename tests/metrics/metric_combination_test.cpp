@@ -43,8 +43,9 @@ TEST(metric_combination, has_its_defining_properties_and_fails_where_stated) {
     eigen_pairs(metric<2>(1e8, 1, 2e-8), values, V);
     EXPECT_DOUBLE_EQ(values[0], 1e-8); // where the difference gives 1.5e-8
     EXPECT_TRUE(V(1, 0) < -0.9 && V(0, 1) > 0.9);
-    eigen_pairs(metric<2>(1, 2, 1), values, V);
-    EXPECT_TRUE(values[0] == -1 && values[1] == 3 && V(0, 0) > 0.7 && V(1, 0) < -0.7);
+    eigen_pairs(metric<2>(1, 0x1p-30, 1), values, V);
+    EXPECT_TRUE(values[0] == 1 - 0x1p-30 && values[1] == 1 + 0x1p-30 && V(0, 0) > 0.7 &&
+                V(1, 0) < -0.7);
     metric<2> M(5.0);
     minimum_metric({1, 0, 4}, {4, 0, 1}, M);
     EXPECT_FALSE(eigen_pairs({2, 2, 2}, M, values, V)); // a pivot of exactly 0

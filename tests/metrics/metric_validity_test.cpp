@@ -57,7 +57,7 @@ TEST(bound_metrics, lets_hmax_win) {
     for (const auto& c : {std::array{0.5, 2.0, 0.5, 1.5, 2.0, 0.25, 4.0},
                           {3.0, 2.0, 2.0, 2.0, 2.0, 0.25, 0.25},
                           {1.0, -1.0, -1.0, -1.0, -1.0, 0.01, 1.0},
-                          {0.0, 1e-200, 1e-200, 1e-200, 1e-200, inf, inf}}) {
+                          {-1.0, 1e-200, 1e-200, 1e-200, 1e-200, inf, inf}}) {
         auto sizes = points({{0.1, 1.5, nan}}).col(0);
         auto plane = strided(points({{0.01, 0, 100}, {100, 0, 0.01}}), 7.0);
         EXPECT_EQ(bound_metrics(sizes, c[0], c[1]) + bound_metrics(plane, c[0], c[1]), 0);

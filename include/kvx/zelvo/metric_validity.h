@@ -39,7 +39,7 @@ KVX_ZELVO_API bool are_valid_metrics(const dense1D<unsigned int>& nodes,
 /// Keeps the sizes that a metric asks for between hmin and hmax, by keeping its eigenvalues between
 /// 1 / hmax^2 and 1 / hmin^2. A bound that is not positive is none, nor is an hmax of 1.34e154 or
 /// more, whose square no double holds. The bound of hmin goes first, so hmax wins where
-/// hmin > hmax. A NaN eigenvalue becomes 1 / hmin^2, or the largest double without hmin.
+/// hmin > hmax.
 ///
 /// M stays as it is, bit for bit, when no eigenvalue changes. Where M has no eigenvalues (entries
 /// that are not finite) it becomes I / hmax^2, the zero matrix without hmax.
