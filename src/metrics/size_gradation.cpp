@@ -78,10 +78,15 @@ std::vector<bool> flags_of(const dense1D<unsigned int>& nodes, std::uint64_t nod
     return listed;
 }
 
+/// How much sizes may grow over a length; nothing over none, even without a bound on the growth.
+double growth_over(double length, double growth) {
+    return length == 0 ? 0 : growth * length;
+}
+
 /// Lowers sizes to what their neighbours allow; sizes that are not > 0 take no part. One pass in
 /// node order settles most pairs. What it lowers behind its back goes on a heap, off which nodes
-/// come from the smallest size up: what a node allows is no smaller than its own size, so each hands
-/// on its size once, as nothing lowers it later.
+/// come from the smallest size up: what a node allows is no smaller than its own size, so each
+/// hands on its size once, as nothing lowers it later.
 void sweep_sizes(const dense2D<double>& pos, const neighbour_lists& neighbours,
                  const std::vector<bool>& fixed, double growth, dense1D<double>& sizes) {
     struct lowered_node {
@@ -93,7 +98,8 @@ void sweep_sizes(const dense2D<double>& pos, const neighbour_lists& neighbours,
     };
     const auto lower = [&](unsigned int node, unsigned int by) {
         if (!(sizes[by] > 0 && sizes[by] < sizes[node]) || fixed[node]) return false;
-        const double bound = sizes[by] + growth * distance(&pos(0, by), &pos(0, node), pos.rows());
+        const double length = distance(&pos(0, by), &pos(0, node), pos.rows());
+        const double bound = sizes[by] + growth_over(length, growth);
         if (!(bound < sizes[node])) return false;
         sizes[node] = bound;
         return true;
@@ -136,7 +142,7 @@ bool is_surely_below(const double* metric, const double* m) {
 template <unsigned Dim>
 bool bound_metric_by(const double* other, const double* e, double growth, double* m) {
     constexpr double tolerance = 1e-12;
-    const double stretch = 1 + growth * std::sqrt(quadratic_form<Dim>(other, e));
+    const double stretch = 1 + growth_over(std::sqrt(quadratic_form<Dim>(other, e)), growth);
     const packed_matrix<Dim> allowed = scaled<Dim>(other, 1 / (stretch * stretch));
     if constexpr (Dim == 3) {
         if (is_surely_below(allowed.data(), m)) return false;

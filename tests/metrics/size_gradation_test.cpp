@@ -80,20 +80,16 @@ TEST(SizeGradation, LargestFieldThatObeysTheGradation) {
     bound_random_fields<3>(0.2, 4);
 }
 
-TEST(SizeGradation, Codes) {
-    const auto triangle = columns({{0, 1, 2}}), beyond = columns({{0, 1, 3}});
-    const auto call = [&](unsigned rows, auto& conn, unsigned node, double gradation, auto field) {
-        const dense2D<double> pos(rows, 3);
-        return bound_metric_gradation(pos, conn, ET_TRIA3, vec({node}), gradation, field);
-    };
-    dense1D<double> two(2), three(3);
-    const dense2D<double> plane(3, 3);
-    EXPECT_EQ(call(1, beyond, 3, 0, two), -1);
-    EXPECT_EQ(call(2, beyond, 3, 0, two), -2);
-    EXPECT_EQ(call(2, triangle, 3, 0, two), -3);
-    EXPECT_EQ(call(2, triangle, 2, nan, two) + call(3, triangle, 2, most, two), -10);
-    EXPECT_EQ(call(2, triangle, 2, 1, two) + call(3, triangle, 2, 1, plane), -12);
-    EXPECT_EQ(H_shock(dense2D<double>(1, 3), triangle, plane, three), -1);
+TEST(SizeGradation, AnyGradationAboveZeroButTheLargestNumber) {
+    const auto pos = points({{0, 0}, {0, 0}, {1, 0}});
+    const double unbounded = std::numeric_limits<double>::infinity();
+    for (const auto& [gradation, code] : {std::pair(nan, -5), {most, -5}, {unbounded, 0}}) {
+        auto sizes = points({{1, 5, 9}}).col(0);
+        EXPECT_EQ(
+            bound_metric_gradation(pos, columns({{0, 1, 2}}), ET_TRIA3, vec({}), gradation, sizes),
+            code);
+        EXPECT_EQ(list(sizes), (std::vector<double>{1, code < 0 ? 5.0 : 1.0, 9}));
+    }
 }
 
 } // namespace kvx::zelvo::tests
