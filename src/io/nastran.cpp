@@ -182,11 +182,11 @@ int output_groups(const char* filename, const dense2D<double>& pos,
 
 /// Whether a field is the mark that ties a card to its continuation.
 bool is_mark(std::string_view field) {
-    return field.starts_with('+') || field.starts_with('*');
+    return field.starts_with('+');
 }
 
-/// A line split at blanks, and the pieces at commas; a comma at the end of a piece begins no field,
-/// a field with '$' in front is the beginning of a comment.
+/// A line split at blanks, and the pieces at commas; a comma at the end of a piece begins no field.
+/// A line whose first field begins with '$' is a comment, which has none.
 struct card_line {
     /// Fields that are looked at: name, number, property, nodes.
     std::array<std::string_view, 3 + most_fields> fields;
@@ -217,7 +217,7 @@ card_line split(std::string_view text) {
         while (at != end && !is_separator(*at)) {
             const char* const first = at;
             at = std::find_if(at, end, [](char c) { return c == ',' || is_separator(c); });
-            if (*first == '$') return line;
+            if (line.count == 0 && *first == '$') return line;
             line.last = {first, static_cast<std::size_t>(at - first)};
             if (line.count < line.fields.size()) line.fields[line.count] = line.last;
             ++line.count;
@@ -302,7 +302,7 @@ void read_element(deck_lines& lines, const known_card& card, bool large, group_c
     if (large && lines.next()) fields.take(lines.line(), 1);
     while (!fields.complete() && lines.next()) {
         const card_line& line = lines.line();
-        const bool marked = is_mark(line[0]);
+        const bool marked = is_mark(line[0]) || (large && line[0].starts_with('*'));
         if (!marked && !line.indented) {
             lines.put_back();
             return;
@@ -354,7 +354,10 @@ private:
 /// Reads the grid point whose first line is the current one.
 void read_grid_point(deck_lines& lines, bool large, std::vector<grid_point>& out) {
     const card_line& line = lines.line();
-    if (line.count < 2) return;
+    if (line.count < 2) {
+        if (large) lines.next();
+        return;
+    }
     const std::int64_t number = leading_integer(line[1]);
     const std::string number_text(large ? line[1] : std::string_view());
     std::size_t end = std::min(line.count, line.fields.size());
@@ -373,14 +376,13 @@ void read_grid_point(deck_lines& lines, bool large, std::vector<grid_point>& out
 
 /// Reads the card whose first line is the current one.
 void read_card(deck_lines& lines, group_collector& elements, std::vector<grid_point>& points) {
-    std::string_view name = lines.line()[0];
-    if (is_mark(name)) return; // continues a card that is done
+    const std::string_view name = lines.line()[0];
     if (name.starts_with("GRID")) return read_grid_point(lines, name.starts_with("GRID*"), points);
     const std::size_t star = name.find('*');
     const bool large = star != name.npos;
     const known_card* const card = find_card(name.substr(0, star));
     if (card) return read_element(lines, *card, large, elements);
-    if (large) lines.next();
+    if (large) lines.next(); // also behind a continuation that no card took
 }
 
 void place(const std::vector<grid_point>& points, dense2D<double>& pos) {
