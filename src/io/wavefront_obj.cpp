@@ -77,8 +77,9 @@ unsigned leading_numbers(std::string_view line, std::span<double> numbers) {
         line.remove_prefix(static_cast<std::size_t>(
             std::find_if_not(line.begin(), line.end(), is_blank) - line.begin()));
         const std::size_t length = leading_real(line, numbers[count]);
+        const bool with_exponent = line.substr(0, length).find_first_of("eE") != line.npos;
         line.remove_prefix(length);
-        const bool cut = line.starts_with('e') || line.starts_with('E');
+        const bool cut = !with_exponent && (line.starts_with('e') || line.starts_with('E'));
         if (length == 0 || cut || !std::isfinite(numbers[count])) break;
         ++count;
     }

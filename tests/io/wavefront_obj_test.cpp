@@ -67,7 +67,7 @@ TEST(WavefrontOBJ, RejectsInOrderAndClosesTheFile) {
 TEST(WavefrontOBJ, ReadsLineByLineWhatFits) {
     const std::string nul(1, '\0'), megabyte(1 << 20, ' ');
     const std::pair<std::string, std::string> cases[] = {
-        {"v 1 2 3\r\n\tv\v+4 5. .6e1 7\nv 8 9-1 0.1 0.2 0.3", " v 1 2 3 4 5 6 8 9 -1"},
+        {"v 1 2 3\r\n\tv\v+4 5. .6e1 7\nv 8 9-1e0e 0.2 0.3", " v 1 2 3 4 5 6 8 9 -1"},
         {"v 1 2 x\nv 1 2\nv 1,2,3\nv1 2 3\nV 1 2 3\nv 1 2 3e\nv 1 2 0x\nv 1 2 1e999", " v 1 2 0"},
         {"v nan 1 2\nv 1 2 -inf\n#v 1 2 3\nv 1 2 3" + nul + "\nv 1 2 -1e-999", " v 1 2 3 1 2 -0"},
         {"v" + megabyte + "1 2 3\n" + megabyte + "v 4 5 6" + megabyte, " v 1 2 3 4 5 6"},
