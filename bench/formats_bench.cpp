@@ -1,4 +1,5 @@
-// Text formats: writing and reading a mesh of tetrahedra, or of triangles where a format holds surfaces.
+// Text formats: writing and reading a mesh of tetrahedra, or of triangles where a format holds
+// surfaces.
 #include <kvx/zelvo/ensight.h>
 #include <kvx/zelvo/femap.h>
 #include <kvx/zelvo/medit.h>

@@ -29,7 +29,8 @@ dense1D<double> random_sizes(std::uint64_t n) {
     return sizes;
 }
 
-/// One small size, at the last node: the bound travels through the whole mesh, against the numbering.
+/// One small size, at the last node: the bound travels through the whole mesh, against the
+/// numbering.
 dense1D<double> one_small_size(std::uint64_t n) {
     dense1D<double> sizes(n, 1e9);
     sizes[n - 1] = 0.01;

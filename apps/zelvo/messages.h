@@ -23,8 +23,8 @@ void say(const std::string& what);
 /// Says why the command fails; returns the code.
 int fail(exit_code code, const std::string& what);
 
-/// Does the work on a file, and says why when it cannot be read or memory runs out. Returns the exit
-/// code.
+/// Does the work on a file, and says why when it cannot be read or memory runs out. Returns the
+/// exit code.
 int work_on(const std::string& file, const std::function<int()>& work);
 
 /// Prints a result; returns `done`, or `not_written` with the reason said.

@@ -280,8 +280,8 @@ public:
         return true;
     }
 
-    /// Becomes a rows x cols matrix of zeros in storage of its own. Unlike resize, this writes to no
-    /// element: on systems that hand out memory when it is first written to, columns that stay 0
+    /// Becomes a rows x cols matrix of zeros in storage of its own. Unlike resize, this writes to
+    /// no element: on systems that hand out memory when it is first written to, columns that stay 0
     /// take none, however many they are.
     bool make_zeros(std::uint64_t rows, std::uint64_t cols) noexcept {
         std::uint64_t span = 0;

@@ -67,10 +67,12 @@ inline element_type kind_in_group(element_type group_kind, const unsigned int* c
                                 : group_kind;
 }
 
-/// Connectivities of one kind each as one group each; those without entries have no elements. The
-/// properties are left to the caller. Throws std::bad_alloc.
+/// Connectivities of one kind each as one group each; those without entries have no elements. One
+/// with fewer rows than its kind has nodes, which the rows of another could hide, gets a kind that
+/// check_groups refuses. The properties are left to the caller. Throws std::bad_alloc.
 inline grouped_elements as_groups(std::span<const dense2D<unsigned int>> matrices,
                                   std::span<const element_type> FEs) {
+    constexpr int no_kind = -1;
     grouped_elements all;
     std::uint64_t rows = 0;
     std::uint64_t cols = 0;
@@ -80,7 +82,9 @@ inline grouped_elements as_groups(std::span<const dense2D<unsigned int>> matrice
         cols += matrices[g].empty() ? 0 : matrices[g].cols();
         need(cols < no_node);
         all.offsets[g + 1] = static_cast<unsigned int>(cols);
-        all.FEs[g] = FEs[g];
+        const bool too_short = !matrices[g].empty() && is_element_type(FEs[g]) &&
+                               matrices[g].rows() < node_count(FEs[g]);
+        all.FEs[g] = too_short ? no_kind : static_cast<int>(FEs[g]);
     }
     if (matrices.size() == 1) {
         all.connectM = matrices[0];

@@ -3,7 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
-/// Numbers at the beginning of a text, in the manner of strtod and atoi but whatever the locale says.
+/// Numbers at the beginning of a text, in the manner of strtod and atoi but whatever the locale
+/// says.
 namespace kvx::zelvo {
 
 /// White space of the C locale.

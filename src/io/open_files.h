@@ -19,8 +19,8 @@ struct file_closer {
 /// A file that is closed on every path.
 using closing_file = std::unique_ptr<std::FILE, file_closer>;
 
-/// Opens a file to read it as a whole. Null for devices too: /dev/zero has no end, nor has a line of
-/// it.
+/// Opens a file to read it as a whole. Null for devices too: /dev/zero has no end, nor has a line
+/// of it.
 inline closing_file open_to_read(const char* name) {
     std::error_code error;
     if (!name || std::filesystem::is_character_file(name, error)) return nullptr;

@@ -19,8 +19,8 @@ public:
 
     /// The bytes as they are.
     void text(std::string_view bytes) noexcept;
-    /// printf's "%*u": at least |width| characters, filled up with blanks before the number, or behind
-    /// it when the width is negative. So in all forms with a width of at most 32.
+    /// printf's "%*u": at least |width| characters, filled up with blanks before the number, or
+    /// behind it when the width is negative. So in all forms with a width of at most 32.
     void number(std::uint64_t n, int width = 0) noexcept;
     /// printf's "%.<digits>f"; at most 32 digits, as for scientific().
     void fixed(double x, int digits = 6) noexcept;

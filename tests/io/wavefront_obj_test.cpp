@@ -13,7 +13,8 @@ const dense2D<double> texcoords = strided(points({{0, 1}, {0.25, 2}}), 9.0);
 const dense2D<unsigned int> triangles = strided(columns({{0, 1, 2}, {7, none, 0}}), 5u);
 const dense2D<unsigned int> quads = strided(columns({{0, 1, 2, 3}}), 5u);
 
-/// Code, and what was read as keywords and entries, or keywords, numbers of columns and last entries.
+/// Code, and what was read as keywords and entries, or keywords, numbers of columns and last
+/// entries.
 std::string read(const char* file, bool last_only = false) {
     dense2D<double> v(2, 5), vn(1, 1), vt(1, 1);
     dense2D<unsigned int> f3(7, 1), f4(1, 1);

@@ -16,10 +16,10 @@ namespace kvx::zelvo {
 /// kept_conn   appended to, elements in their order; gets as many rows as conn where it has fewer.
 ///             May share storage with conn
 ///
-/// Returns 0 (an empty conn changes nothing), or, in the order checked and with kept_conn unchanged:
-/// -2 an entry that is neither a column of pos nor no_node; -4 N is not at least 1e-12 long (NaN
-/// included); -5 kept_conn has entries and another number of rows than conn; -199 out of memory.
-/// Linear.
+/// Returns 0 (an empty conn changes nothing), or, in the order checked and with kept_conn
+/// unchanged: -2 an entry that is neither a column of pos nor no_node; -4 N is not at least 1e-12
+/// long (NaN included); -5 kept_conn has entries and another number of rows than conn; -199 out of
+/// memory. Linear.
 KVX_ZELVO_API int clip(const dense2D<double>& pos, const dense2D<unsigned int>& conn,
                        const vector_fixed<double, 3>& P, const vector_fixed<double, 3>& N,
                        dense2D<unsigned int>& kept_conn) noexcept;

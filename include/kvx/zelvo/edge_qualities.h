@@ -34,8 +34,8 @@ KVX_ZELVO_API int edge_qualities(const dense2D<double>& pos, const dense2D<unsig
 
 /// The same in a field of metrics: one packed symmetric matrix M per node, in columns of 3 entries
 /// where pos has 2 rows and of 6 where it has 3. Along an edge e, M asks for the size
-/// 1 / sqrt(e^T M e) in units of e. Only edges are measured whose ends have a metric with a smallest
-/// eigenvalue that is not <= 0; columns of another length are all invalid.
+/// 1 / sqrt(e^T M e) in units of e. Only edges are measured whose ends have a metric with a
+/// smallest eigenvalue that is not <= 0; columns of another length are all invalid.
 ///
 /// Returns as above, but in space, where pos has 3 rows, 0 instead of -4: kept on purpose.
 KVX_ZELVO_API int edge_qualities(const dense2D<double>& pos, const dense2D<unsigned int>& connectM,
@@ -46,8 +46,8 @@ KVX_ZELVO_API int edge_qualities(const dense2D<double>& pos, const dense2D<unsig
 /// several share is measured once.
 ///
 /// Returns 0, at once for an empty range; or, in the order checked, -1 as above; -4 last comes
-/// before first or the number of matrices is not the size of types; -2, for any of the matrices, and
-/// -199 as above; -5, in the plane and in space, for what the forms above call -4.
+/// before first or the number of matrices is not the size of types; -2, for any of the matrices,
+/// and -199 as above; -5, in the plane and in space, for what the forms above call -4.
 KVX_ZELVO_API int edge_qualities(const dense2D<double>& pos, const dense2D<unsigned int>* first,
                                  const dense2D<unsigned int>* last, const dense1D<int>& types,
                                  const dense1D<double>& sizes,

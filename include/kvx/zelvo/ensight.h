@@ -17,7 +17,8 @@ namespace kvx::zelvo {
 /// filename   created or truncated before anything is checked: a rejected call destroys what the
 ///            file held
 /// pos        1 to 3 rows, one column per node
-/// FEs        one kind for each connectivity; of mixed kinds, pyramids and points nothing is written
+/// FEs        one kind for each connectivity; of mixed kinds, pyramids and points nothing is
+///            written
 ///
 /// Indices of fixed kinds are not compared with the number of nodes: run check_IDs before. Each is
 /// written increased by 1 in 32 bits, so no_node as 0.

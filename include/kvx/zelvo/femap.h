@@ -25,12 +25,12 @@ namespace kvx::zelvo {
 /// Node indices are not compared with the number of nodes; readers skip elements that name a node
 /// the file does not hold.
 ///
-/// Returns 0, or, in the order checked: 0 for a connectM without entries, with an empty file or none
-/// where it cannot be created; -1 the file cannot be opened (or its name is null); -2 rows of pos;
-/// -5 offsets are not one more than FEs, descend or leave connectM; -6 props are not one for each
-/// element; -3 a group that is no connectivity of its kind (a value that is no kind, too few rows;
-/// for mixed kinds check_IDs with at most 4 or 20 rows and any node); -1 a write failed, the last
-/// one on closing included; -199 out of memory. Linear, but for sorting the property numbers.
+/// Returns 0, or, in the order checked: 0 for a connectM without entries, with an empty file or
+/// none where it cannot be created; -1 the file cannot be opened (or its name is null); -2 rows of
+/// pos; -5 offsets are not one more than FEs, descend or leave connectM; -6 props are not one for
+/// each element; -3 a group that is no connectivity of its kind (a value that is no kind, too few
+/// rows; for mixed kinds check_IDs with at most 4 or 20 rows and any node); -1 a write failed, the
+/// last one on closing included; -199 out of memory. Linear, but for sorting the property numbers.
 KVX_ZELVO_API int FEMAP_output(const char* filename, const dense2D<double>& pos,
                                const dense2D<unsigned int>& connectM,
                                const dense1D<unsigned int>& offsets, const dense1D<int>& FEs,
@@ -49,20 +49,20 @@ KVX_ZELVO_API int FEMAP_output(const char* filename, const dense2D<double>& pos,
 /// come in any order and repeat; others are skipped. Values are separated by commas or blanks, an
 /// empty one is 0, reals may have D exponents, and what is no number reads as 0.
 ///
-/// Nodes become columns in increasing order of their ids, without gaps. Where an id occurs twice the
-/// record that comes later in the file wins. Ids run from 1 to 2^63 - 2; nodes with others are
+/// Nodes become columns in increasing order of their ids, without gaps. Where an id occurs twice
+/// the record that comes later in the file wins. Ids run from 1 to 2^63 - 2; nodes with others are
 /// skipped. Coordinate systems are not looked at.
 ///
-/// Elements keep the order of the file; their ids are not looked at, so one that comes twice is read
-/// twice. An element is recognised by its first four lines (8 or more whole numbers, the first
+/// Elements keep the order of the file; their ids are not looked at, so one that comes twice is
+/// read twice. An element is recognised by its first four lines (8 or more whole numbers, the first
 /// positive; twice 10 whole numbers; 3 to 9 values); its other three lines, and whatever follows up
 /// to the next element, are skipped. Its nodes are the slots that are not 0, in their order. It is
 /// skipped when the reader does not know its topology, when the number of its nodes is not that of
 /// its kind, or when the file does not hold one of its nodes.
 ///
 /// filename   file, or a pipe, which may keep the call waiting; memory follows what it holds,
-///            whatever ids it states. A character device may have no end and counts as one that does
-///            not open
+///            whatever ids it states. A character device may have no end and counts as one that
+///            does not open
 /// pos        replaced: 3 rows, one column per node
 /// connectM   replaced: one column per element, as many rows as the largest element has nodes,
 ///            shorter ones padded with no_node
@@ -78,8 +78,8 @@ KVX_ZELVO_API int FEMAP_output(const char* filename, const dense2D<double>& pos,
 KVX_ZELVO_API int FEMAP_input(const char* filename, dense2D<double>& pos,
                               dense2D<unsigned int>& connectM, dense1D<unsigned int>& offsets,
                               dense1D<int>& FEs, dense1D<unsigned int>& props) noexcept;
-/// All elements in one matrix, and the kind of the first group; FE stays as it was with a code below
-/// 0.
+/// All elements in one matrix, and the kind of the first group; FE stays as it was with a code
+/// below 0.
 KVX_ZELVO_API int FEMAP_input(const char* filename, dense2D<double>& pos,
                               dense2D<unsigned int>& connectM, element_type& FE) noexcept;
 /// The first two groups, each with as many rows as its kind has nodes; further ones are dropped. Of

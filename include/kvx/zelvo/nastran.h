@@ -31,9 +31,9 @@ namespace kvx::zelvo {
 ///
 /// Returns 0, also when writing fails, or, in the order checked and with the file empty: 0 connectM
 /// has no entries, even if the file cannot be opened; -1 the file cannot be opened (or its name is
-/// null); -2 rows of pos; -5 number of offsets, offsets that descend or leave connectM; -6 number of
-/// props; -3 a group that is no kind, whose kind has more nodes than connectM rows, or that fails
-/// check_IDs without a bound. Linear.
+/// null); -2 rows of pos; -5 number of offsets, offsets that descend or leave connectM; -6 number
+/// of props; -3 a group that is no kind, whose kind has more nodes than connectM rows, or that
+/// fails check_IDs without a bound. Linear.
 KVX_ZELVO_API int NASTRAN_output(const char* filename, const dense2D<double>& pos,
                                  const dense2D<unsigned int>& connectM,
                                  const dense1D<unsigned int>& offsets, const dense1D<int>& FEs,
@@ -50,11 +50,12 @@ KVX_ZELVO_API int NASTRAN_output(const char* filename, const dense2D<double>& po
                                  const dense2D<unsigned int>& connectM2, element_type FE1,
                                  element_type FE2) noexcept;
 
-/// Reads bars, triangles, quadrangles, tetrahedra, wedges, hexahedra and grid points; other cards are
-/// skipped. The numbers of grid points become columns of pos as they are, those of elements are
+/// Reads bars, triangles, quadrangles, tetrahedra, wedges, hexahedra and grid points; other cards
+/// are skipped. The numbers of grid points become columns of pos as they are, those of elements are
 /// ignored: elements are numbered as they come.
 ///
-/// pos        replaced: 3 rows, columns up to the largest grid number, 0 where there is no grid point
+/// pos        replaced: 3 rows, columns up to the largest grid number, 0 where there is no grid
+///            point
 /// connectM   replaced: as many rows as the largest element has nodes, shorter ones end in no_node;
 ///            nodes may lie beyond pos, and numbers that are none below no_node become no_node: run
 ///            check_IDs
@@ -63,8 +64,8 @@ KVX_ZELVO_API int NASTRAN_output(const char* filename, const dense2D<double>& po
 /// props      replaced: property number of each element
 ///
 /// Returns 0, or: -1 the file cannot be opened, is a device, or has no line with "BEGIN BULK", all
-/// outputs being empty then; -1 there is no element or no grid point, what was read being kept; -199
-/// out of memory, all outputs being empty.
+/// outputs being empty then; -1 there is no element or no grid point, what was read being kept;
+/// -199 out of memory, all outputs being empty.
 ///
 /// Linear. Memory follows the size of the file except for pos, which has 24 bytes for every number
 /// up to the largest one. That much is asked for at once; -199 when the system refuses it. Columns

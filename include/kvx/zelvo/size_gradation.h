@@ -42,10 +42,11 @@ KVX_ZELVO_API int H_shock(const dense2D<double>& pos, const dense2D<unsigned int
 /// nodes       nodes whose sizes stay as they are, though they bound their neighbours' (so two of
 ///             them may still differ too much); entries no_node are skipped
 /// gradation   the largest growth factor per unit of metric length, minus 1; > 0
-/// sizes       changed in place: one per node. Sizes that are not > 0, NaN or missing neither change
-///             nor bound; an infinite one bounds none. May share storage with pos
+/// sizes       changed in place: one per node. Sizes that are not > 0, NaN or missing neither
+///             change nor bound; an infinite one bounds none. May share storage with pos
 ///
-/// Returns 0, for a connectM without entries too; or, with sizes untouched and in the order checked:
+/// Returns 0, for a connectM without entries too; or, with sizes untouched and in the order
+/// checked:
 ///   -1    pos has other than 2 or 3 rows
 ///   -2    connectM does not fit the kind or names a node that pos does not have
 ///   -3    nodes names a node that pos does not have
@@ -65,11 +66,11 @@ KVX_ZELVO_API int bound_metric_gradation(const dense2D<double>& pos,
 /// becomes its intersection with Ma / (1 + l ln(1 + gradation))^2 unless that asks for no smaller
 /// size in any direction (by more than 1e-12 in the squares). This goes on until nothing changes,
 /// in sweeps over the nodes in ascending order that look again at neighbours of changed nodes only;
-/// few sweeps are usual. Metrics with entries that are not finite, or that are not positive definite
-/// to working precision, neither change nor bound.
+/// few sweeps are usual. Metrics with entries that are not finite, or that are not positive
+/// definite to working precision, neither change nor bound.
 ///
-/// Returns as above, with -6 also when metrics has other than 3 rows (6 in space) or no more entries
-/// than pos has rows; and
+/// Returns as above, with -6 also when metrics has other than 3 rows (6 in space) or no more
+/// entries than pos has rows; and
 ///   -7    still changing after 1000 sweeps, as where a bound has to travel against the numbering
 ///         through as many elements; metrics holds what was reached, with no size larger than
 ///         before, and another call goes on from there

@@ -70,8 +70,8 @@ struct STL_report {
 /// The same, with a merging distance and an account of what was done, for programs that report on a
 /// file. Reads the file to its end.
 ///
-/// tolerance   distance up to which nodes are merged, in the units of the file: the clean-up is then
-///             done whatever the heights are; NaN derives it as above
+/// tolerance   distance up to which nodes are merged, in the units of the file: the clean-up is
+///             then done whatever the heights are; NaN derives it as above
 /// report      replaced, also when the call fails; its tolerance is 0 when nothing was cleaned
 ///
 /// Codes as above; -5 when the tolerance is negative and there is a facet.
