@@ -76,7 +76,7 @@ void read_nastran(mesh_file& file) {
         throw unreadable_file("a grid point has the number " +
                               std::to_string(file.content.pos.cols() - 1) + ", NASTRAN has " +
                               std::to_string(largest_number) + " at most");
-    check_grid_points(file.name, file.notes);
+    check_deck(file.name, file.content, file.notes);
     std::uint64_t wedges = 0;
     for (const element_group& group : file.content.groups)
         if (group.kind == ET_PYRAMID5) wedges += group.connectM.cols();

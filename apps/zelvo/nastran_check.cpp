@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdlib>
 #include <fstream>
 #include <optional>
 #include <string_view>
@@ -11,112 +10,111 @@
 
 namespace {
 
-using token_list = std::vector<std::string>;
+using field_list = std::vector<std::string>;
+constexpr std::size_t grid_fields = 6; // name, number, coordinate system, x, y, z
 
-/// The parts of a line between blanks and commas; two commas have an empty part between them.
-token_list tokens_of(const std::string& line) {
-    constexpr const char* blanks = " \t\r\v\f";
-    token_list tokens;
-    for (std::size_t at = 0; (at = line.find_first_not_of(blanks, at)) != std::string::npos;) {
-        const std::size_t end = std::min(line.find_first_of(blanks, at), line.size());
-        while (at < end) {
-            const std::size_t comma = std::min(line.find(',', at), end);
-            tokens.push_back(line.substr(at, comma - at));
-            at = std::min(comma + 1, end);
-        }
+std::string without_blanks_around(const std::string& text) {
+    constexpr const char* blanks = " \t\r";
+    const std::size_t first = std::min(text.find_first_not_of(blanks), text.size());
+    return text.substr(first, text.find_last_not_of(blanks) + 1 - first);
+}
+
+/// The fields that a line begins with: what is between commas, else of fixed width.
+field_list fields_of(std::string line) {
+    constexpr std::size_t small = 8, large = 16;
+    line.resize(std::min(line.find('$'), line.size()));
+    const bool has_commas = line.find(',') != line.npos;
+    const std::size_t width = line.find('*') < small ? large : small;
+    field_list fields;
+    for (std::size_t at = 0; at < line.size() && fields.size() < grid_fields;) {
+        const std::size_t end =
+            has_commas ? std::min(line.find(',', at), line.size()) : at + (at == 0 ? small : width);
+        fields.push_back(without_blanks_around(line.substr(at, end - at)));
+        at = has_commas ? end + 1 : end;
     }
-    return tokens;
+    return fields;
 }
 
-/// The tokens of a card in large fields: z follows in the next line.
-void add_second_line(token_list& card, const token_list& next) {
-    const std::string number = card[1];
-    if (card.back() == number) card.pop_back();
-    const std::size_t z = next.size() > 2 && next[1] == number ? 2 : 1;
-    if (z < next.size()) card.push_back(next[z]);
-}
-
-/// The whole text as one number with a point.
-std::optional<double> real(std::string_view text) {
-    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
-    double x = 0.0;
-    const char* const end = text.data() + text.size();
-    const auto [behind, error] = std::from_chars(text.data(), end, x);
-    if (behind != end || error != std::errc() || std::count(text.begin(), text.end(), '.') != 1)
-        return {};
+/// The whole field as a number; 0 where it is empty.
+template <class Number>
+std::optional<Number> number_in(const std::string& field) {
+    if (field.empty()) return Number{};
+    Number x{};
+    const char* const begin = field.data() + (field[0] == '+');
+    const char* const end = field.data() + field.size();
+    const auto [behind, error] = std::from_chars(begin, end, x);
+    if (error != std::errc() || behind != end) return {};
     return x;
 }
 
-/// The three coordinates that a card states from a token on, 0 where it ends before; none when they
-/// would be read otherwise. Several in one token are taken for fields of eight characters.
-std::optional<std::array<double, 3>> coordinates(const token_list& card, std::size_t at) {
-    constexpr std::size_t field = 8;
-    std::array<double, 3> x = {};
-    for (unsigned found = 0; at < card.size() && found < x.size(); ++at) {
-        const std::string_view token = card[at];
-        const bool several = std::count(token.begin(), token.end(), '.') > 1;
-        std::size_t i = 0;
-        do {
-            const std::string_view part = several ? token.substr(i, field) : token;
-            const std::optional<double> read = real(part);
-            if (!read) return {};
-            x[found++] = *read;
-            i += part.size();
-        } while (i < token.size() && found < x.size());
+/// A real number, whose exponent may begin with E, D or its sign alone.
+std::optional<double> real_in(std::string field) {
+    const std::size_t exponent = field.find_first_of("EeDd+-", 1);
+    if (exponent != field.npos) {
+        if (field[exponent] == '+' || field[exponent] == '-') field.insert(exponent, 1, 'e');
+        field[exponent] = 'e';
+        if (field[exponent + 1] == '+') field.erase(exponent + 1, 1);
     }
-    return x;
+    return number_in<double>(field);
 }
 
-/// Whether the coordinates of a card are lost or misread. A coordinate system that is written as 0
-/// or as an empty field takes the place of z.
-bool is_misread(const token_list& card, bool has_system) {
-    if (has_system) return !coordinates(card, 3);
-    if (!card[2].empty() && card[2] != "0") return !coordinates(card, 2);
-    const auto meant = coordinates(card, 3);
-    return !meant || (*meant)[2] != 0.0;
+/// Whether a line begins a card of an element that the library knows.
+bool is_element_card(std::string_view line) {
+    constexpr std::array<std::string_view, 10> names = {"CBAR",   "CBEAM",  "CROD",   "CTRIA3",
+                                                        "CTRIA6", "CQUAD4", "CQUAD8", "CTETRA",
+                                                        "CPENTA", "CHEXA"};
+    line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
+    line = line.substr(0, line.find_first_of(" ,*\t\r"));
+    return std::find(names.begin(), names.end(), line) != names.end();
 }
 
-/// Whether a card in fixed fields has a coordinate system, which may touch the next field.
-bool has_system_field(const std::string& line, bool large) {
-    const std::size_t width = large ? 16 : 8, first = 8 + width; // behind the name and the number
-    if (line.find(',') != std::string::npos || line.size() <= first) return false;
-    std::string field = line.substr(first, width);
-    std::erase(field, ' ');
-    return field.find_first_not_of("0123456789") == std::string::npos &&
-           field.find_first_not_of('0') != std::string::npos;
-}
-
-struct grid_counts {
-    std::uint64_t misread = 0;
-    std::uint64_t elsewhere = 0; ///< in a coordinate system of their own
+struct grid_card {
+    std::uint64_t number;
+    std::uint64_t system; ///< 0: that of the deck
+    std::array<double, 3> x;
 };
 
-/// Takes a line that begins with "GRID", and the next one where the card goes on there.
-void count_card(std::string line, std::ifstream& stream, grid_counts& counts) {
-    token_list card = tokens_of(line);
-    if (card.size() < 3) return;
-    const bool large = card[0] == "GRID*";
-    // As the reader sees it: where the field touches the next one, it is part of a coordinate.
-    const bool has_system =
-        card[2].find('.') == std::string::npos && std::atoi(card[2].c_str()) != 0;
-    if (has_system || has_system_field(line, large)) ++counts.elsewhere;
-    if (large && std::getline(stream, line)) add_second_line(card, tokens_of(line));
-    if (is_misread(card, has_system)) ++counts.misread;
+/// What the fields of a grid card say. None where they are not these: in decks that separate fields
+/// by blanks, or leave out the coordinate system.
+std::optional<grid_card> grid_card_in(field_list fields) {
+    fields.resize(grid_fields);
+    const auto number = number_in<std::uint64_t>(fields[1]);
+    const auto system = number_in<std::uint64_t>(fields[2]);
+    const auto x = real_in(fields[3]), y = real_in(fields[4]), z = real_in(fields[5]);
+    if (!number || !system || !x || !y || !z) return {};
+    return grid_card{*number, *system, {*x, *y, *z}};
 }
 
 } // namespace
 
-void check_grid_points(const std::string& file, warnings& notes) {
+void check_deck(const std::string& file, const mesh& read, warnings& notes) {
     std::ifstream stream(file);
-    grid_counts counts;
+    std::uint64_t misread = 0, elsewhere = 0, elements = 0;
     std::string line;
-    while (std::getline(stream, line) && line.find("BEGIN BULK") == std::string::npos) {
+    while (std::getline(stream, line) && line.find("BEGIN BULK") == line.npos) {
     }
-    while (std::getline(stream, line) && line.find("ENDDATA") == std::string::npos)
-        if (line.rfind("GRID", 0) == 0) count_card(line, stream, counts);
-    notes.add("grid points in a coordinate system of their own, taken as they stand",
-              counts.elsewhere);
+    while (std::getline(stream, line) && line.find("ENDDATA") == line.npos) {
+        if (is_element_card(line)) ++elements;
+        if (!line.starts_with("GRID")) continue;
+        field_list fields = fields_of(line);
+        if (fields[0] == "GRID*" && std::getline(stream, line)) { // which has z
+            const field_list rest = fields_of(line);
+            fields.resize(grid_fields);
+            fields.back() = rest.size() > 1 ? rest[1] : std::string();
+        } else if (fields[0] != "GRID") {
+            continue;
+        }
+        const std::optional<grid_card> card = grid_card_in(fields);
+        if (!card) continue;
+        if (card->system != 0) ++elsewhere;
+        if (card->number >= read.pos.cols() ||
+            !std::equal(card->x.begin(), card->x.end(), &read.pos(0, card->number)))
+            ++misread;
+    }
+    notes.add("grid points in a coordinate system of their own, taken as they stand", elsewhere);
     notes.add("grid points with a coordinate that is lost or misread (a coordinate system written "
               "as 0, an exponent without E, fields that touch)",
-              counts.misread);
+              misread);
+    notes.add("elements whose card is not understood (fields that touch or are missing), left out",
+              elements - std::min(elements, element_count(read)));
 }

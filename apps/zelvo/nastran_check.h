@@ -2,9 +2,12 @@
 
 #include <string>
 
+#include "mesh.h"
 #include "messages.h"
 
-/// Notes the grid points of a NASTRAN deck that the library reads otherwise than they are meant: it
-/// separates fields at blanks and commas only, takes a coordinate system that is written as 0 for a
-/// coordinate, and knows no exponent without an E.
-void check_grid_points(const std::string& file, warnings& notes);
+/// Notes what the library reads otherwise than a NASTRAN deck says: it separates fields at blanks and
+/// commas only, takes a coordinate system that is written as 0 for a coordinate, and knows no
+/// exponent without an E.
+///
+/// read   what it read, its nodes by the numbers of the grid points
+void check_deck(const std::string& file, const mesh& read, warnings& notes);
