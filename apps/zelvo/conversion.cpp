@@ -173,16 +173,6 @@ bool holds_properties(const mesh& m, format form) {
            (form == format::medit && medit_holds_properties(m));
 }
 
-/// A deck has a grid point for every number up to the largest.
-void note_filled_numbers(const mesh& m, warnings& notes) {
-    const std::vector<bool> used = used_nodes(m);
-    std::uint64_t count = 0;
-    for (std::uint64_t j = 0; j < m.pos.cols(); ++j)
-        if (!used[j] && is_origin(m.pos, j)) ++count;
-    notes.add("grid points at the origin that no element uses, such as for numbers left out",
-              count);
-}
-
 /// STL has corners of triangles, not nodes.
 void leave_out_unused_nodes(mesh& m, warnings& notes) {
     const std::vector<bool> used = used_nodes(m);
@@ -197,7 +187,10 @@ void fit_to_format(mesh& m, format form, warnings& notes) {
     const std::uint64_t with_property = elements_with_property(m);
     fitting(m, form).note(notes);
     if (form == format::stl_ascii || form == format::stl_binary) leave_out_unused_nodes(m, notes);
-    if (form == format::nastran) note_filled_numbers(m, notes);
+    if (form == format::nastran)
+        notes.add(
+            "grid points written without a coordinate system, for which other programs take x",
+            m.pos.cols());
     if (!holds_properties(m, form))
         notes.add("elements whose property number is not written", with_property);
     note_rounding(m.pos, form, notes);

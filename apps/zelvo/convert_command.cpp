@@ -7,10 +7,7 @@
 namespace {
 
 int convert(const convert_options& given, format form) {
-    // A deck that becomes a deck keeps its numbers.
-    const bool deck = given.nodes == node_choice::numbered && form == format::nastran;
-    mesh_file file =
-        read_mesh(given.input, format_named(given.from), deck ? node_choice::all : given.nodes);
+    mesh_file file = read_mesh(given.input, format_named(given.from), given.nodes);
     warnings losses;
     fit_to_format(file.content, form, losses);
     file.notes.add(file.omitted);
@@ -20,9 +17,10 @@ int convert(const convert_options& given, format form) {
                               file.notes.in_brackets());
     }
     file.notes.say_all(given.input);
-    losses.say_all(given.output);
     const int error = write_mesh(given.output, file.content, form);
-    return error == 0 ? done : fail(not_written, given.output + ": " + std::strerror(error));
+    if (error != 0) return fail(not_written, given.output + ": " + std::strerror(error));
+    losses.say_all(given.output);
+    return done;
 }
 
 } // namespace

@@ -77,10 +77,6 @@ std::uint64_t remove_strays(mesh& m) {
     return removed;
 }
 
-bool is_origin(const dense2D<double>& pos, std::uint64_t node) {
-    return pos(0, node) == 0 && pos(1, node) == 0 && pos(2, node) == 0;
-}
-
 std::vector<bool> used_nodes(const mesh& m) {
     std::vector<bool> used(m.pos.cols());
     for (const element_group& group : m.groups) {

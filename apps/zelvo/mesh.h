@@ -44,9 +44,6 @@ element_group corners_of(const element_group& group);
 /// Removes the elements that name nodes which the mesh does not have. Returns how many.
 std::uint64_t remove_strays(mesh& m);
 
-/// Whether all coordinates of a node are 0. pos: 3 x nodes
-bool is_origin(const kvx::dense2D<double>& pos, std::uint64_t node);
-
 /// Which nodes an element uses, by node.
 std::vector<bool> used_nodes(const mesh& m);
 

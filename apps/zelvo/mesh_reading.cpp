@@ -98,7 +98,11 @@ constexpr std::array<reader, 8> readers = {
     [](mesh_file& file) { read_deck(file, zelvo::FEMAP_input); },
 };
 
-/// Removes the nodes that the choice does not keep.
+bool is_origin(const dense2D<double>& pos, std::uint64_t node) {
+    return pos(0, node) == 0 && pos(1, node) == 0 && pos(2, node) == 0;
+}
+
+/// Removes the nodes that the choice does not keep. The numbers that no grid point has are zeros.
 void choose_nodes(mesh_file& file, node_choice choice) {
     const bool gaps = choice == node_choice::numbered && file.form == format::nastran;
     if (choice != node_choice::used && !gaps) return;
