@@ -20,7 +20,6 @@ enum fate {
     out,     // left out
     corners, // becomes the element of its corners
     split,   // becomes two triangles
-    fewer,   // the writer leaves out inner nodes
     brick,   // written as a hexahedron
     twice,   // written twice
     poly,    // written as two cells
@@ -29,12 +28,11 @@ enum fate {
 };
 
 /// What is said of the elements, behind their name; nothing of those that stay whole.
-constexpr std::array<const char*, 10> remarks = {
+constexpr std::array<const char*, 9> remarks = {
     nullptr,
     "that the format cannot hold, left out",
     "written with their corners only",
     "split into two triangles along the shorter diagonal",
-    "written without the nodes inside faces and volume",
     "written as hexahedra with repeated nodes",
     "written twice, in two orders of their nodes",
     "written as two cells, corners and a poly-vertex",
@@ -42,33 +40,34 @@ constexpr std::array<const char*, 10> remarks = {
     "written run together (1//2//3//), which is not read back",
 };
 
-/// By format and kind. Elements whose NASTRAN card would have no name are left out: such a line is
-/// read as the continuation of the card before it.
-using fates_of_kinds = std::array<fate, 21>;
-constexpr fates_of_kinds in_stl = {out,   out,     out,     out,     out, out, whole,
-                                   split, corners, corners, corners, out, out, out,
-                                   out,   out,     out,     out,     out, out, out};
-constexpr std::array<fates_of_kinds, 8> fates = {{
-    // 1 point; 3 bars; 6 triangles, quadrangles; 8 the same, quadratic; 12 tetrahedra; 14 pyramids;
-    // 16 wedges; 18 hexahedra
-    in_stl,
-    in_stl,
-    {out, out,   out,  whole, poly, out,   whole, whole, poly, poly, poly,
-     out, whole, poly, whole, poly, whole, poly,  whole, poly, poly},
-    {out, out,   out,     whole, corners, out,   whole,   whole, corners, corners, corners,
-     out, whole, corners, brick, corners, brick, corners, whole, corners, corners},
-    {out, out,    out,     whole, corners, out, whole, whole, whole,   whole,  corners,
-     out, no_4th, corners, out,   out,     out, out,   whole, corners, corners},
-    {out, out, out, out, out, out, joined, joined, corners, corners, corners,
-     out, out, out, out, out, out, out,    out,    out,     out},
-    {out, out,   out,   whole, whole, out,   whole, whole, twice, whole, fewer,
-     out, whole, whole, out,   out,   whole, fewer, whole, whole, fewer},
-    {out, whole, out,   whole, corners, out,   whole,   whole, whole, whole,  corners,
-     out, whole, whole, whole, corners, whole, corners, whole, whole, corners},
+/// What becomes of a kind, by format.
+struct kind_fates {
+    element_type kind;
+    std::array<fate, 8> in;
+};
+
+/// The kinds that readers give. Those whose NASTRAN card would have no name are left out: such a
+/// line is read as the continuation of the card before it.
+constexpr std::array<kind_fates, 12> fates = {{
+    // STL ASCII, STL binary, VTK, MEDIT, NASTRAN, OBJ, EnSight, FEMAP
+    {ET_NODE1, {out, out, out, out, out, out, out, whole}},
+    {ET_BAR2, {out, out, whole, whole, whole, out, whole, whole}},
+    {ET_TRIA3, {whole, whole, whole, whole, whole, joined, whole, whole}},
+    {ET_QUAD4, {split, split, whole, whole, whole, joined, whole, whole}},
+    {ET_TRIA6, {corners, corners, poly, corners, whole, corners, twice, whole}},
+    {ET_QUAD8, {corners, corners, poly, corners, whole, corners, whole, whole}},
+    {ET_TETRA4, {out, out, whole, whole, no_4th, out, whole, whole}},
+    {ET_TETRA10, {out, out, poly, corners, corners, out, whole, whole}},
+    {ET_PYRAMID5, {out, out, whole, brick, out, out, out, whole}},
+    {ET_PENTA6, {out, out, whole, brick, out, out, whole, whole}},
+    {ET_HEXA8, {out, out, whole, whole, whole, out, whole, whole}},
+    {ET_HEXA20, {out, out, poly, corners, corners, out, whole, whole}},
 }};
 
 fate fate_of(element_type kind, format form) {
-    return fates[static_cast<unsigned>(form)][static_cast<unsigned>(kind)];
+    const auto* const found = std::find_if(fates.begin(), fates.end(),
+                                           [=](const kind_fates& row) { return row.kind == kind; });
+    return found == fates.end() ? out : found->in[static_cast<unsigned>(form)];
 }
 
 /// Two triangles for every quadrangle, with the turn that it has.
