@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <system_error>
 
 #include <kvx/zelvo/ensight.h>
 #include <kvx/zelvo/femap.h>
@@ -126,9 +127,12 @@ int write_file(const std::string& file, const std::function<int(const char*)>& w
     constexpr int out_of_memory = -199;
     atomic_file target(file);
     if (!target.stream()) return target.error();
-    errno = 0;
-    const int result = write_by_name(target.stream(), write);
-    if (result != 0) return result == out_of_memory ? ENOMEM : EINVAL;
+    try {
+        const int result = write_by_name(target.stream(), write);
+        if (result != 0) return result == out_of_memory ? ENOMEM : EINVAL;
+    } catch (const std::system_error& no_pipe_or_thread) {
+        return no_pipe_or_thread.code().value();
+    }
     return target.commit() ? 0 : target.error();
 }
 
