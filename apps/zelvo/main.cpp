@@ -48,6 +48,10 @@ void add_file(CLI::App& command, const char* name, std::string& file, const char
     command.add_option(name, file, meaning)->required()->check(not_empty);
 }
 
+void add_mesh(CLI::App& command, const char* name, std::string& file) {
+    add_file(command, name, file, "Mesh; its format is told by its content, or else its name");
+}
+
 void add_from(CLI::App& command, std::string& from) {
     command
         .add_option("--from", from,
@@ -93,8 +97,7 @@ void add_report(CLI::App& app, report_options& given) {
 void add_convert(CLI::App& app, convert_options& given) {
     CLI::App& command = *app.add_subcommand(
         "convert", "Writes a mesh in another format, and says what that format does not hold.");
-    add_file(command, "IN", given.input,
-             "Mesh; its format is told by its content, or else its name");
+    add_mesh(command, "IN", given.input);
     add_file(command, "OUT", given.output, "File to write; its format is told by its name");
     add_from(command, given.from);
     command
@@ -108,8 +111,7 @@ void add_convert(CLI::App& app, convert_options& given) {
 void add_quality(CLI::App& app, quality_options& given) {
     CLI::App& command = *app.add_subcommand(
         "quality", "Rates the shapes of the elements of a mesh and measures its edges.");
-    add_file(command, "FILE", given.file,
-             "Mesh; its format is told by its content, or else its name");
+    add_mesh(command, "FILE", given.file);
     add_from(command, given.from);
     add_json(command, given.json);
 }
@@ -117,8 +119,7 @@ void add_quality(CLI::App& app, quality_options& given) {
 void add_metric(CLI::App& app, metric_options& given) {
     CLI::App& command = *app.add_subcommand(
         "metric", "Checks, bounds and smooths a size or metric field on the nodes of a mesh.");
-    add_file(command, "MESH", given.file,
-             "Mesh; its format is told by its content, or else its name");
+    add_mesh(command, "MESH", given.file);
     add_file(command, "OUT", given.output, "MEDIT solution to write");
     command
         .add_option(
@@ -144,7 +145,7 @@ int run(int argc, char** argv) {
     metric_options metric;
     CLI::App app("Processes meshes.", "zelvo");
     app.set_version_flag("--version", "zelvo " KVX_ZELVO_RELEASE);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1); // with 1 at least, a misspelt name would only be a missing one
     add_report(app, report);
     add_convert(app, convert);
     add_quality(app, quality);
@@ -165,7 +166,8 @@ int run(int argc, char** argv) {
     if (app.got_subcommand("report")) return run_report(report);
     if (app.got_subcommand("convert")) return run_convert(convert);
     if (app.got_subcommand("quality")) return run_quality(quality);
-    return run_metric(metric);
+    if (app.got_subcommand("metric")) return run_metric(metric);
+    return fail(wrong_usage, "a subcommand is needed (zelvo --help tells the usage)");
 }
 
 } // namespace
