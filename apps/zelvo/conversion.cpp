@@ -187,9 +187,8 @@ void fit_to_format(mesh& m, format form, warnings& notes) {
     fitting(m, form).note(notes);
     if (form == format::stl_ascii || form == format::stl_binary) leave_out_unused_nodes(m, notes);
     if (form == format::nastran)
-        notes.add(
-            "grid points written without a coordinate system, for which other programs take x",
-            m.pos.cols());
+        notes.add("grid points without a coordinate system, for which other programs take x",
+                  m.pos.cols());
     if (!holds_properties(m, form))
         notes.add("elements whose property number is not written", with_property);
     note_rounding(m.pos, form, notes);
