@@ -46,7 +46,7 @@ atomic_file::atomic_file(const std::string& path) {
 atomic_file::~atomic_file() {
     close();
     if (!temporary_.empty()) unlink(temporary_.c_str());
-    if (signals_wait_) sigprocmask(SIG_SETMASK, &former_signals_, nullptr);
+    if (signals_wait_) pthread_sigmask(SIG_SETMASK, &former_signals_, nullptr);
 }
 
 int atomic_file::open(const std::string& path) {
@@ -68,7 +68,7 @@ int atomic_file::open_temporary(const struct stat* replaced) {
     sigemptyset(&deadly);
     for (const int signal_number : {SIGHUP, SIGINT, SIGTERM})
         sigaddset(&deadly, signal_number);
-    signals_wait_ = sigprocmask(SIG_BLOCK, &deadly, &former_signals_) == 0;
+    signals_wait_ = pthread_sigmask(SIG_BLOCK, &deadly, &former_signals_) == 0;
 
     std::string name = (fs::path(target_).parent_path() / ".zelvo-XXXXXX").string();
     const int descriptor = mkostemp(name.data(), O_CLOEXEC);

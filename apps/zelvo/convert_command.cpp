@@ -1,5 +1,3 @@
-#include <cstring>
-
 #include "commands.h"
 #include "conversion.h"
 #include "mesh_writing.h"
@@ -18,7 +16,7 @@ int convert(const convert_options& given, format form) {
     }
     file.notes.say_all(given.input);
     const int error = write_mesh(given.output, file.content, form);
-    if (error != 0) return fail(not_written, given.output + ": " + std::strerror(error));
+    if (error != 0) return fail(not_written, given.output + ": " + reason_of(error));
     losses.say_all(given.output);
     return done;
 }

@@ -4,7 +4,6 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <string_view>
@@ -39,15 +38,15 @@ std::string names_of(bool format_facts::*able) {
 /// Why the file cannot be read; empty when it can.
 std::string obstacle(const std::string& file) {
     struct stat found = {};
-    if (stat(file.c_str(), &found) != 0) return std::strerror(errno);
-    if (S_ISDIR(found.st_mode)) return std::strerror(EISDIR);
+    if (stat(file.c_str(), &found) != 0) return reason_of(errno);
+    if (S_ISDIR(found.st_mode)) return reason_of(EISDIR);
     if (!S_ISREG(found.st_mode)) return "Not a regular file";
     std::FILE* const stream = std::fopen(file.c_str(), "rb");
-    if (!stream) return std::strerror(errno);
+    if (!stream) return reason_of(errno);
     errno = 0;
     const bool failed = std::getc(stream) == EOF && std::ferror(stream);
-    std::string reason = failed ? std::strerror(errno) : "";
-    std::fclose(stream);
+    std::string reason = failed ? reason_of(errno) : "";
+    (void)std::fclose(stream); // was only read
     return reason;
 }
 

@@ -2,8 +2,8 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <new>
+#include <system_error>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -36,21 +36,25 @@ int fail(exit_code code, const std::string& what) {
     return code;
 }
 
+std::string reason_of(int error) {
+    return std::generic_category().message(error);
+}
+
 int work_on(const std::string& file, const std::function<int()>& work) {
     try {
         return work();
     } catch (const unreadable_file& reason) {
         return fail(bad_input, file + ": " + reason.what());
     } catch (const std::bad_alloc&) {
-        return fail(bad_input, file + ": " + std::strerror(ENOMEM));
+        return fail(bad_input, file + ": " + reason_of(ENOMEM));
     }
 }
 
 int print(const std::string& text) {
     errno = 0;
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return done;
-    return fail(not_written, std::string("standard output: ") + std::strerror(errno));
+    const bool taken = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    if (taken && std::fflush(stdout) == 0) return done;
+    return fail(not_written, "standard output: " + reason_of(errno));
 }
 
 void warnings::add(const std::string& what, std::uint64_t count) {
@@ -69,8 +73,9 @@ std::string warnings::in_brackets() const {
 }
 
 void warnings::say_all(const std::string& file) const {
+    const std::string heading = file + ": warning: ";
     for (const std::string& line : lines_)
-        say(file + ": warning: " + line);
+        say(heading + line);
 }
 
 bool are_same_file(const std::string& a, const std::string& b) {

@@ -23,6 +23,9 @@ void say(const std::string& what);
 /// Says why the command fails; returns the code.
 int fail(exit_code code, const std::string& what);
 
+/// What the system calls an error of this number.
+std::string reason_of(int error);
+
 /// Does the work on a file, and says why when it cannot be read or memory runs out. Returns the
 /// exit code.
 int work_on(const std::string& file, const std::function<int()>& work);

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <cstring>
 
 #include <kvx/zelvo/medit.h>
 
@@ -62,7 +61,7 @@ int limit_and_write(const mesh_file& file, solution& field, const metric_options
     // The one output is written though the other fails.
     const int code = print(given.json ? as_json(report) : as_text(report));
     const int error = write_field(given.output, field);
-    return error == 0 ? code : fail(not_written, given.output + ": " + std::strerror(error));
+    return error == 0 ? code : fail(not_written, given.output + ": " + reason_of(error));
 }
 
 } // namespace

@@ -1,5 +1,4 @@
 #include <cerrno>
-#include <cstring>
 
 #include "commands.h"
 #include "mesh_writing.h"
@@ -33,7 +32,7 @@ int report_on_surface(const report_options& given) {
     if (!given.vtk.empty()) {
         const mesh triangles{surface.pos, {{kvx::ET_TRIA3, surface.triangles, {}}}};
         const int error = write_mesh(given.vtk, triangles, format::vtk);
-        if (error != 0) code = fail(not_written, given.vtk + ": " + std::strerror(error));
+        if (error != 0) code = fail(not_written, given.vtk + ": " + reason_of(error));
     }
     return code;
 }
