@@ -57,7 +57,7 @@ public:
     dense1D(dense1D&& other) noexcept { swap(other); }
     dense1D& operator=(const dense1D&) = default;
     dense1D& operator=(dense1D&& other) noexcept {
-        dense1D(std::move(other)).swap(*this);
+        dense1D{std::move(other)}.swap(*this);
         return *this;
     }
     ~dense1D() = default;
@@ -201,7 +201,7 @@ public:
     dense2D(dense2D&& other) noexcept { swap(other); }
     dense2D& operator=(const dense2D&) = default;
     dense2D& operator=(dense2D&& other) noexcept {
-        dense2D(std::move(other)).swap(*this);
+        dense2D{std::move(other)}.swap(*this);
         return *this;
     }
     ~dense2D() = default;

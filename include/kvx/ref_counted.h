@@ -71,7 +71,7 @@ public:
     }
     Ptr& operator=(const Ptr& other) noexcept { return *this = other.object_; }
     Ptr& operator=(Ptr&& other) noexcept {
-        Ptr(std::move(other)).swap(*this);
+        Ptr{std::move(other)}.swap(*this);
         return *this;
     }
 

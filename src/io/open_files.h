@@ -14,7 +14,8 @@ inline std::FILE* open_file(const char* name, const char* mode) noexcept {
 }
 
 struct file_closer {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+    /// A writer that reports what could not be written closes its file itself.
+    void operator()(std::FILE* file) const noexcept { (void)std::fclose(file); }
 };
 /// A file that is closed on every path.
 using closing_file = std::unique_ptr<std::FILE, file_closer>;

@@ -75,9 +75,10 @@ inline double effective_size(double h0, double h1) {
     double sum = 1;
     double power = x;
     double term = x;
-    for (double n = 2; term > smallest_term; ++n, power *= x) {
+    for (int n = 2; term > smallest_term; ++n) {
         term = power / n;
         sum += term;
+        power *= x;
     }
     return larger / sum;
 }
