@@ -54,6 +54,7 @@ void read_file(benchmark::State& state, const std::string& name) {
 
 /// One benchmark for every STL file of the folder KVX_ZELVO_MESHES.
 void register_real_meshes() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs yet
     const char* const folder = std::getenv("KVX_ZELVO_MESHES");
     if (!folder) {
         std::cerr << "KVX_ZELVO_MESHES is not set: no real meshes are read\n";

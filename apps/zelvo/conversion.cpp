@@ -128,6 +128,7 @@ private:
 const char* number_form(format form) {
     constexpr std::array<const char*, 8> forms = {"%.6e",  nullptr, "%.6f", "%.6E",
                                                   "%#.6g", "%.8e",  "%.5e", nullptr};
+    // cppcheck-suppress CastIntegerToAddressAtReturn ; these are pointers
     return forms[static_cast<unsigned>(form)];
 }
 
