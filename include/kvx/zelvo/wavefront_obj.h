@@ -51,7 +51,8 @@ KVX_ZELVO_API int WavefrontOBJ_output(const char* filename, const dense2D<double
 ///
 /// filename    file, or a pipe, which may keep the call waiting; memory follows what it holds. A
 ///             character device may have no end and counts as one that does not open
-/// pos         replaced: 3 rows, one column per node
+/// pos         replaced: 3 rows, one column per node, also when there is none; the others are 0 x 0
+///             when nothing goes into them
 /// normals     replaced: 3 rows, one column per "vn" line
 /// texcoords   replaced: 2 rows, one column per "vt" line
 /// triangles   replaced: 3 rows, one column per triangle
