@@ -5,7 +5,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace kvx::zelvo::fuzzing;
     const auto read = [](auto&&... arguments) { return FEMAP_input(arguments...); };
     grouped_mesh mesh, again;
-    const int code = read_groups(data, size, read, mesh, [] { return 0u; });
+    const int code = read_groups(data, size, read, mesh);
     demand(code != -199, "no memory is lacking");
     demand(check_IDs(mesh.connectM, bound(mesh.pos.cols())), "elements name nodes of the file");
     if (code != 0) return 0;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -13,26 +12,20 @@
 
 #include <kvx/zelvo/zelvo.h>
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) && !defined(__SANITIZE_ADDRESS__)
-#define __SANITIZE_ADDRESS__
-#endif
-#endif
-#ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/allocator_interface.h>
-#endif
-
 /// What the fuzz targets share: files in memory, the memory a reader may take, and what has to hold
 /// of a mesh whatever file it came from. A target is the one source that includes this.
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-#ifdef __SANITIZE_ADDRESS__
 /// Blocks larger than any that the limit allows are refused, as a system short of memory does.
 extern "C" const char* __asan_default_options() {
     return "allocator_may_return_null=1:max_allocation_size_mb=32:quarantine_size_mb=16";
 }
-#endif
+// Of <sanitizer/allocator_interface.h>, which Debian's g++ comes without; null in other builds.
+using malloc_hook = void (*)(const volatile void*, std::size_t);
+using free_hook = void (*)(const volatile void*);
+extern "C" [[gnu::weak]] std::size_t __sanitizer_get_allocated_size(const volatile void*);
+extern "C" [[gnu::weak]] int __sanitizer_install_malloc_and_free_hooks(malloc_hook, free_hook);
 
 namespace kvx::zelvo::fuzzing {
 
@@ -68,7 +61,6 @@ inline memory_file output_file;
 inline std::atomic<std::int64_t> bytes_in_use{0};
 inline std::atomic<std::int64_t> most_bytes_in_use{0};
 
-#ifdef __SANITIZE_ADDRESS__
 inline void count_block(const volatile void*, std::size_t bytes) {
     bytes_in_use += static_cast<std::int64_t>(bytes);
     most_bytes_in_use = std::max(most_bytes_in_use.load(), bytes_in_use.load());
@@ -77,43 +69,35 @@ inline void forget_block(const volatile void* block) {
     if (block) bytes_in_use -= static_cast<std::int64_t>(__sanitizer_get_allocated_size(block));
 }
 inline const int hooks_installed =
-    __sanitizer_install_malloc_and_free_hooks(count_block, forget_block);
-#endif
+    __sanitizer_install_malloc_and_free_hooks
+        ? __sanitizer_install_malloc_and_free_hooks(count_block, forget_block)
+        : 0;
 
 /// Runs a reader and demands that it took at most 64 bytes for each byte of the file and 16 MiB,
-/// and what extra() allows, which is asked afterwards. Without the address sanitizer nothing is
-/// counted.
-template <class Read, class Extra>
-int read_within_limit(std::size_t size, Read&& read, Extra&& extra) {
-    const std::int64_t before = bytes_in_use;
-    most_bytes_in_use = before;
-    const int code = read();
-    const std::int64_t taken = most_bytes_in_use - before;
-    const std::uint64_t limit = 64 * size + (16u << 20) + extra();
-    demand(taken <= static_cast<std::int64_t>(limit), "memory follows the size of the file");
-    return code;
-}
+/// besides the nodes where these may be sparse. Without the address sanitizer nothing is counted.
 template <class Read>
-int read_within_limit(std::size_t size, Read&& read) {
-    return read_within_limit(size, read, [] { return 0u; });
+int read_within_limit(std::size_t size, Read&& read, const dense2D<double>& sparse = {}) {
+    const std::int64_t before = most_bytes_in_use = bytes_in_use.load();
+    const int code = read();
+    const std::uint64_t limit = 64 * size + (16u << 20) + 3 * sizeof(double) * sparse.cols();
+    demand(most_bytes_in_use - before <= static_cast<std::int64_t>(limit),
+           "memory follows the size of the file");
+    return code;
 }
 
 // ---- meshes
 
 template <class T>
-bool equal_entries(T a, T b) {
-    return a == b || (a != a && b != b);
+bool equal(const dense1D<T>& a, const dense1D<T>& b) {
+    const auto same = [](T x, T y) { return x == y || (x != x && y != y); };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), same);
 }
 template <class T>
 bool equal(const dense2D<T>& a, const dense2D<T>& b) {
-    if (a.rows() != b.rows() || a.cols() != b.cols()) return false;
-    for (std::uint64_t j = 0; j < a.cols() && a.rows() > 0; ++j)
-        if (!std::equal(&a(0, j), &a(0, j) + a.rows(), &b(0, j), equal_entries<T>)) return false;
-    return true;
-}
-template <class T>
-bool equal(const dense1D<T>& a, const dense1D<T>& b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end());
+    bool same = a.rows() == b.rows() && a.cols() == b.cols();
+    for (std::uint64_t j = 0; same && j < a.cols(); ++j)
+        same = equal(a.col(j), b.col(j));
+    return same;
 }
 
 inline unsigned int bound(std::uint64_t count) {
@@ -191,14 +175,14 @@ inline void examine(const grouped_mesh& mesh) {
 }
 
 /// Reads the input by all three forms of a reader, which have to agree, and examines what it gave.
-template <class Read, class Extra>
+template <class Read>
 int read_groups(const std::uint8_t* data, std::size_t size, Read&& read, grouped_mesh& mesh,
-                Extra&& extra) {
+                const dense2D<double>& sparse = {}) {
     const char* const path = input_file.fill(data, size);
-    const int code = read_within_limit(
-        size,
-        [&] { return read(path, mesh.pos, mesh.connectM, mesh.offsets, mesh.FEs, mesh.props); },
-        extra);
+    const auto read_all = [&] {
+        return read(path, mesh.pos, mesh.connectM, mesh.offsets, mesh.FEs, mesh.props);
+    };
+    const int code = read_within_limit(size, read_all, sparse);
     demand(code == 0 || code == -1 || code == -199, "the code is a documented one");
     demand(code != 0 || (!mesh.pos.empty() && !mesh.connectM.empty()), "0 comes with a mesh");
     demand(mesh.pos.empty() || mesh.pos.rows() == 3, "nodes have three coordinates");

@@ -6,8 +6,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace kvx::zelvo::fuzzing;
     const auto read = [](auto&&... arguments) { return NASTRAN_input(arguments...); };
     grouped_mesh mesh, again;
-    const int code =
-        read_groups(data, size, read, mesh, [&] { return 3 * sizeof(double) * mesh.pos.cols(); });
+    const int code = read_groups(data, size, read, mesh, mesh.pos);
     demand(code != -199 || (mesh.pos.empty() && mesh.connectM.empty()), "-199 leaves nothing");
     // Decks with few of many numbers would become huge: every grid point is written.
     if (code != 0 || mesh.pos.cols() > size) return 0;

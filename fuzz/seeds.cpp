@@ -1,5 +1,4 @@
 #include <array>
-#include <cstdio>
 #include <numeric>
 #include <string>
 
@@ -37,6 +36,5 @@ int main(int, char** argv) {
     failed |= FEMAP_output(name("femap/written").c_str(), pos, connectM, offsets, FEs, props);
     failed |= WavefrontOBJ_output(name("wavefront_obj/written").c_str(), pos, pos,
                                   dense2D<double>(2, nodes, 0.5), surface, {});
-    if (failed != 0) std::fputs("fuzz_seeds: not all seeds were written\n", stderr);
     return failed != 0;
 }
