@@ -66,7 +66,7 @@ actions list_of(const Conditions&... conditions) {
 
 #define CONDITION(words, ...) actions::value_type(words, [&] { __VA_ARGS__; })
 /// Every reader passes over what belongs to the other formats.
-const char* const mesh_file = KVX_ZELVO_SOURCE "/tests/docs/mesh_in_every_format.txt";
+const char* const mesh_file = KVX_ZELVO_SOURCE "/tests/data/mesh_in_every_format.txt";
 const scratch_file no_mesh("BEGIN BULK\n"), no_text;
 
 /// Legal arguments by the names that the headers give them; conditions spoil them, each apart from

@@ -29,14 +29,4 @@ int write_every_kind(const dense2D<double>& pos, Write&& write) {
     return write(strided(pos, 9.0), matrices.data(), matrices.data() + matrices.size(), FEs);
 }
 
-/// The codes of calls that every writer rejects, in the order of the checks.
-template <class Write>
-std::vector<int> codes_of_rejections(Write&& write) {
-    const dense2D<double> pos(1, 3), rows(4, 3), none_at_all;
-    const dense2D<unsigned int> m[] = {columns({{0, 1, 2}}), columns({{0, none, 2}})};
-    const dense1D<int> two(2, ET_FACE_MIX);
-    return {write(rows, m + 1, m, two), write(none_at_all, m, m, two), write(pos, m + 1, m, two),
-            write(pos, m, m + 1, two), write(pos, m, m + 2, two)};
-}
-
 } // namespace kvx::zelvo::tests
