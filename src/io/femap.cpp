@@ -183,9 +183,7 @@ int output(const char* filename, const dense2D<double>& pos, const grouped_eleme
     const std::vector<property> properties = properties_in_use(all);
     text_writer out(file.get());
     write_file(out, pos, all, properties);
-    const bool written = out.flush();
-    const bool closed = std::fclose(file.release()) == 0;
-    return written && closed ? 0 : -1;
+    return end_writing(out, std::move(file));
 }
 
 // ---- reading

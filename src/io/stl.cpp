@@ -450,9 +450,7 @@ int STL_output(const char* filename, const dense2D<double>& pos,
     } else {
         write_binary(out, pos, connectM);
     }
-    const bool written = out.flush();
-    const bool closed = std::fclose(file) == 0;
-    return written && closed ? 0 : -1;
+    return end_writing(out, closing_file(file));
 }
 
 int STL_input(const char* filename, dense2D<double>& pos, dense2D<unsigned int>& connectM,

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <string_view>
 
+#include "io/open_files.h"
+
 namespace kvx::zelvo {
 
 /// Writes text through a buffer of its own to an open file, in the forms of printf but whatever the
@@ -49,5 +51,12 @@ private:
     bool failed_ = false;
     std::array<char, 65536> buffer_;
 };
+
+/// Ends the text and closes its file; 0, or -1 when the file did not take everything.
+inline int end_writing(text_writer& out, closing_file file) noexcept {
+    const bool written = out.flush();
+    const bool closed = std::fclose(file.release()) == 0;
+    return written && closed ? 0 : -1;
+}
 
 } // namespace kvx::zelvo

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "foundation/appending.h"
 #include "foundation/memory_guard.h"
@@ -194,9 +195,7 @@ int WavefrontOBJ_output(const char* filename, const dense2D<double>& pos,
     write_vectors(out, " vn ", normals, 3);
     write_faces(out, triangles, 3, !texcoords.empty(), !normals.empty());
     write_faces(out, quads, 4, !texcoords.empty(), !normals.empty());
-    const bool written = out.flush();
-    const bool closed = std::fclose(file.release()) == 0;
-    return written && closed ? 0 : -1;
+    return end_writing(out, std::move(file));
 }
 
 int WavefrontOBJ_input(const char* filename, dense2D<double>& pos, dense2D<double>& normals,

@@ -7,10 +7,9 @@
 
 #include <kvx/dense_array.h>
 #include <kvx/element_type.h>
-#include <kvx/zelvo/node_indices.h>
 
-#include "foundation/element_columns.h"
 #include "foundation/memory_guard.h"
+#include "indices/connectivity_check.h"
 #include "metrics/symmetric_eigen.h"
 
 /// Lengths of edges in space and in a metric given by nodes, as one size each or as symmetric
@@ -24,9 +23,7 @@ constexpr double unmeasured = std::numeric_limits<double>::max();
 /// Whether a connectivity fits its kind and names nodes of pos only.
 inline bool names_nodes(const dense2D<double>& pos, const dense2D<unsigned int>& conn,
                         element_type kind) {
-    if (conn.empty()) return true;
-    // Where pos has more columns than an index can tell, check_IDs leaves the rows unchecked.
-    return check_IDs(conn, kind, index_bound(pos.cols())) && conn.rows() >= rows_read(kind);
+    return fits(conn, kind, index_bound(pos.cols()));
 }
 
 /// Euclidean distance of two points. Differences whose squares leave the range of a double are

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <kvx/zelvo/node_graph.h>
+#include <kvx/zelvo/node_indices.h>
 
 #include "foundation/memory_guard.h"
 #include "metrics/metric_length.h"

@@ -1,20 +1,14 @@
 #include <kvx/zelvo/edges.h>
 
-#include <kvx/zelvo/node_indices.h>
-
 #include "foundation/appending.h"
-#include "foundation/element_columns.h"
 #include "foundation/matrix_range.h"
 #include "foundation/memory_guard.h"
+#include "indices/connectivity_check.h"
 #include "topology/distinct_edges.h"
 
 namespace kvx::zelvo {
 
 namespace {
-
-bool fits(const dense2D<unsigned int>& conn, element_type kind) {
-    return conn.empty() || (check_IDs(conn, kind, no_node) && conn.rows() >= rows_read(kind));
-}
 
 int append_edges(distinct_edges& mesh, dense2D<unsigned int>& edges) {
     const std::uint64_t distinct = mesh.find();
@@ -54,7 +48,7 @@ int copy_edges(const dense2D<unsigned int>* first, const dense2D<unsigned int>* 
         distinct_edges mesh;
         for (auto m = first; m != last; ++m) {
             const element_type kind = edge_kind(FE_types[static_cast<std::uint64_t>(m - first)]);
-            if (!fits(*m, kind)) return -1;
+            if (!fits(*m, kind, no_node)) return -1;
             mesh.add(*m, kind);
         }
         if (!edges.empty() && edges.rows() != 2) return -3;
