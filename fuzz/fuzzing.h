@@ -45,6 +45,13 @@ public:
                "the input is in the file");
         return path();
     }
+    std::string text() const {
+        std::string bytes(size(), ' ');
+        demand(pread(descriptor_, bytes.data(), bytes.size(), 0) ==
+                   static_cast<ssize_t>(bytes.size()),
+               "the file can be read");
+        return bytes;
+    }
     std::uint64_t size() const {
         return static_cast<std::uint64_t>(lseek(descriptor_, 0, SEEK_END));
     }
@@ -73,13 +80,17 @@ inline const int hooks_installed =
         ? __sanitizer_install_malloc_and_free_hooks(count_block, forget_block)
         : 0;
 
+constexpr std::uint64_t bytes_per_node = 3 * sizeof(double);
+/// What is refused with the address sanitizer; a system that is short of memory may refuse less.
+constexpr std::uint64_t largest_block = std::uint64_t{32} << 20;
+
 /// Runs a reader and demands that it took at most 64 bytes for each byte of the file and 16 MiB,
-/// besides the nodes where these may be sparse. Without the address sanitizer nothing is counted.
+/// besides the nodes whose numbers need not follow each other. Without the address sanitizer nothing is counted.
 template <class Read>
-int read_within_limit(std::size_t size, Read&& read, const dense2D<double>& sparse = {}) {
+int read_within_limit(std::size_t size, Read&& read, std::uint64_t sparse_nodes = 0) {
     const std::int64_t before = most_bytes_in_use = bytes_in_use.load();
     const int code = read();
-    const std::uint64_t limit = 64 * size + (16u << 20) + 3 * sizeof(double) * sparse.cols();
+    const std::uint64_t limit = 64 * size + (16u << 20) + bytes_per_node * sparse_nodes;
     demand(most_bytes_in_use - before <= static_cast<std::int64_t>(limit),
            "memory follows the size of the file");
     return code;
@@ -177,12 +188,12 @@ inline void examine(const grouped_mesh& mesh) {
 /// Reads the input by all three forms of a reader, which have to agree, and examines what it gave.
 template <class Read>
 int read_groups(const std::uint8_t* data, std::size_t size, Read&& read, grouped_mesh& mesh,
-                const dense2D<double>& sparse = {}) {
+                std::uint64_t sparse_nodes = 0) {
     const char* const path = input_file.fill(data, size);
     const auto read_all = [&] {
         return read(path, mesh.pos, mesh.connectM, mesh.offsets, mesh.FEs, mesh.props);
     };
-    const int code = read_within_limit(size, read_all, sparse);
+    const int code = read_within_limit(size, read_all, sparse_nodes);
     demand(code == 0 || code == -1 || code == -199, "the code is a documented one");
     demand(code != 0 || (!mesh.pos.empty() && !mesh.connectM.empty()), "0 comes with a mesh");
     demand(mesh.pos.empty() || mesh.pos.rows() == 3, "nodes have three coordinates");
