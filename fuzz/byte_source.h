@@ -6,6 +6,8 @@
 #include <cstring>
 #include <initializer_list>
 #include <limits>
+#include <tuple>
+#include <vector>
 
 #include <kvx/zelvo/zelvo.h>
 
@@ -19,6 +21,12 @@ public:
     byte_source(const std::uint8_t* data, std::size_t size)
         : at_(data)
         , left_(size) {}
+    /// The same entries, but every array has storage of its own.
+    byte_source without_views() const {
+        byte_source source(at_, left_);
+        source.views_ = false;
+        return source;
+    }
 
     bool empty() const { return left_ == 0; }
 
@@ -63,13 +71,21 @@ public:
         return n > 0 ? b % static_cast<unsigned int>(n) : 0;
     }
 
-    /// A list of up to `most` entries, every second one a view into the middle of a larger list.
+    /// Mostly n, seldom another number.
+    std::uint64_t about(std::uint64_t n) { return one_in(16) ? below(25) : n; }
+
+    /// A list of n entries, every second one a view into the middle of a larger list.
     template <class Make>
-    auto list(std::uint64_t most, Make&& make) {
+    auto list(std::uint64_t n, Make&& make) {
         using T = decltype(make());
-        const std::uint64_t n = below(most + 1);
-        const dense1D<T> frame(n + 4, T{});
-        dense1D<T> v = byte() % 2 == 0 ? dense1D<T>(n) : frame.sub_vector(2, n);
+        const bool view = byte() % 2 != 0 && views_;
+        dense1D<T> v;
+        if (view) {
+            frames<dense1D<T>>().emplace_back(n + 4, beyond<T>);
+            v = frames<dense1D<T>>().back().sub_vector(2, n);
+        } else {
+            v = dense1D<T>(n);
+        }
         for (T& entry : v)
             entry = make();
         return v;
@@ -79,13 +95,23 @@ public:
     template <class Make>
     auto matrix(std::uint64_t rows, std::uint64_t cols, Make&& make) {
         using T = decltype(make());
-        const dense2D<T> frame(rows + 3, cols + 2, T{});
-        dense2D<T> m =
-            byte() % 2 == 0 ? dense2D<T>(rows, cols) : frame.sub_matrix(1, 1, rows, cols);
+        const bool view = byte() % 2 != 0 && views_;
+        dense2D<T> m;
+        if (view) {
+            frames<dense2D<T>>().emplace_back(rows + 3, cols + 2, beyond<T>);
+            m = frames<dense2D<T>>().back().sub_matrix(1, 1, rows, cols);
+        } else {
+            m = dense2D<T>(rows, cols);
+        }
         for (std::uint64_t j = 0; j < cols; ++j)
             for (std::uint64_t i = 0; i < rows; ++i)
                 m(i, j) = make();
         return m;
+    }
+
+    /// Whether nobody wrote to the larger arrays around the views.
+    bool frames_are_whole() const {
+        return std::apply([](const auto&... kept) { return (whole(kept) && ...); }, frames_);
     }
 
     /// Coordinates of up to 24 nodes: 2 or 3 rows, seldom another number, none included.
@@ -114,8 +140,40 @@ public:
     }
 
 private:
+    /// What the larger arrays hold around the views.
+    template <class T>
+    static constexpr T beyond = static_cast<T>(77);
+
+    template <class Array>
+    std::vector<Array>& frames() {
+        return std::get<std::vector<Array>>(frames_);
+    }
+    template <class T>
+    static bool whole(const std::vector<dense1D<T>>& kept) {
+        for (const dense1D<T>& v : kept)
+            for (const std::uint64_t i :
+                 {std::uint64_t{0}, std::uint64_t{1}, v.size() - 2, v.size() - 1})
+                if (v[i] != beyond<T>) return false;
+        return true;
+    }
+    template <class T>
+    static bool whole(const std::vector<dense2D<T>>& kept) {
+        for (const dense2D<T>& m : kept)
+            for (std::uint64_t j = 0; j < m.cols(); ++j)
+                for (std::uint64_t i = 0; i < m.rows(); ++i) {
+                    const bool inside = i >= 1 && i < m.rows() - 2 && j >= 1 && j < m.cols() - 1;
+                    if (!inside && m(i, j) != beyond<T>) return false;
+                }
+        return true;
+    }
+
     const std::uint8_t* at_;
     std::size_t left_;
+    bool views_ = true;
+    std::tuple<std::vector<dense1D<double>>, std::vector<dense2D<double>>,
+               std::vector<dense1D<unsigned int>>, std::vector<dense2D<unsigned int>>,
+               std::vector<dense1D<int>>>
+        frames_;
 };
 
 } // namespace kvx::zelvo::fuzzing

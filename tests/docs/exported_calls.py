@@ -1,5 +1,7 @@
-# Prints a line of C++ for every function that the public headers export: its form, as the document
-# of return codes writes it, and a call with the arguments of these names and types.
+# Prints a line of C++ for every function that the public headers export, or those of the given
+# names do: its form, as the document of return codes writes it, and a call with the arguments of
+# these names and types.
+# Usage: exported_calls.py INCLUDE_FOLDER [HEADER_WITHOUT_SUFFIX...]
 import pathlib
 import re
 import sys
@@ -8,7 +10,7 @@ OBJECTS = {"node_detector": "detector", "histogram": "statistics"}
 DECLARATION = re.compile(r"(KVX_ZELVO_API )?\b([\w:]+(?: int| char)?[*&]?) (\w+)\(([^()]*)\)(?: const)? noexcept;")
 
 number = 0
-for header in sorted(pathlib.Path(sys.argv[1]).rglob("*.h")):
+for header in sorted(h for h in pathlib.Path(sys.argv[1]).rglob("*.h") if h.stem in (sys.argv[2:] or [h.stem])):
     text = " ".join(re.sub(r"//.*", "", header.read_text()).split())
     scope = re.search(r"class KVX_ZELVO_API (\w+)", text)
     exports = text.count("KVX_ZELVO_API ") - (scope is not None) - text.count("define KVX_ZELVO_API ")
@@ -19,13 +21,11 @@ for header in sorted(pathlib.Path(sys.argv[1]).rglob("*.h")):
         pairs = [p.rsplit(" ", 1) for p in re.split(r", (?![^<]*>)", parameters) if p]
         form = f"{scope[1] + '::' if scope else ''}{name}({', '.join(n for _, n in pairs)})"
         ranges = iter(("first", "last"))
-        arguments = (f"static_cast<{t}>({next(ranges) if t.endswith('int>*') else n})" for t, n in pairs)
+        arguments = (f"ARGUMENT({next(ranges) if t.endswith('int>*') else n}, {t})" for t, n in pairs)
         function = f"{OBJECTS[scope[1]]}.{name}" if scope else name
-        if result in ("int", "unsigned int", "bool"):
-            dimension = 2 if "double, 2>" in parameters else 3
-            print(f'CALL({number}, "{form}", {dimension}, {function}({", ".join(arguments)}))')
-            number += 1
-        else:
-            print(f'NO_RESULT("{form}")')
+        macro = "CALL" if result in ("int", "unsigned int", "bool") else "NO_RESULT"
+        dimension = 2 if "double, 2>" in parameters else 3
+        print(f'{macro}({number}, "{form}", {dimension}, {function}({", ".join(arguments)}))')
+        number += 1
     if exports:
         sys.exit(f"{header}: exports more than was understood")

@@ -191,7 +191,8 @@ struct arguments {
     std::int64_t call_##number() {                                                                 \
         return static_cast<std::int64_t>(__VA_ARGS__);                                             \
     }
-#define NO_RESULT(form)
+#define NO_RESULT(number, form, dimension, ...)
+#define ARGUMENT(name, ...) static_cast<__VA_ARGS__>(name)
 #include "exported_calls.inc"
 #undef CALL
 #undef NO_RESULT
@@ -207,7 +208,7 @@ struct call {
     std::int64_t (arguments::*make)();
 };
 #define CALL(number, form, dimension, ...) {form, dimension, &arguments::call_##number},
-#define NO_RESULT(form) {form, 0, nullptr},
+#define NO_RESULT(number, form, dimension, ...) {form, dimension, nullptr},
 const call calls[] = {
 #include "exported_calls.inc"
 };
