@@ -1,0 +1,25 @@
+#include "written_text.h"
+
+namespace kvx::zelvo::fuzzing {
+
+void examine_call(const std::string& function, const arguments& before, arguments&,
+                  std::int64_t result) {
+    if (function != "STL_output" || result != 0) return;
+    const std::uint64_t facets = before.conn.empty() ? 0 : before.conn.cols();
+    const STL_format form = STL_detect(output_file.path());
+    demand(form == (before.ascii ? STL_format::ascii : STL_format::binary), "the form is detected");
+    if (!before.ascii) demand(output_file.size() == 84 + 50 * facets, "50 bytes a facet");
+    if (before.ascii) {
+        const std::string text = output_file.text();
+        demand(std::count(text.begin(), text.end(), '\n') ==
+                   static_cast<std::ptrdiff_t>(2 + 7 * facets),
+               "seven lines a facet");
+    }
+    dense2D<double> pos;
+    dense2D<unsigned int> triangles;
+    STL_report report;
+    STL_input(output_file.path(), pos, triangles, before.ascii, 0.0, report);
+    demand(report.facets == facets && report.unread_bytes == 0, "all facets are read");
+}
+
+} // namespace kvx::zelvo::fuzzing
