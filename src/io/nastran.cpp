@@ -404,6 +404,7 @@ int read_deck(const char* filename, dense2D<double>& pos, grouped_elements& all)
     std::vector<grid_point> points;
     while (lines.next())
         read_card(lines, elements, points);
+    if (std::ferror(file.get())) return -1; // what was read may be part of the deck only
     all = elements.result();
     place(points, pos);
     return all.connectM.empty() || pos.empty() ? -1 : 0;

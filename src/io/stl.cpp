@@ -370,6 +370,7 @@ int input(const char* filename, dense2D<double>& pos, dense2D<unsigned int>& con
     if (!file) return -1;
     const std::uint64_t size = regular_file_size(filename);
     if (!read_file(file.get(), ascii, size, to_the_end, pos, connectM, report)) return -1;
+    if (std::ferror(file.get())) return -1; // what was read may be part of the surface only
     if (std::isnan(tolerance)) {
         const double smallest = smallest_positive_height(pos, connectM);
         if (smallest == std::numeric_limits<double>::max()) return count_result(connectM.cols());

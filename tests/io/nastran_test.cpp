@@ -58,16 +58,6 @@ TEST(NastranOutput, WritesEveryKindAndGridPoints) {
     EXPECT_EQ(file.content(), deck("CBAR,0,1,5,6,\nCTRIA3,1,2,10,11,12,\n"));
 }
 
-TEST(NastranOutput, RejectedCallsTruncateTheFile) {
-    const scratch_file file("old content");
-    const dense2D<unsigned int> empty(0, 1);
-    EXPECT_EQ(NASTRAN_output(file, no_points, tria, empty, ET_TRIA3, ET_BAR2), -6);
-    EXPECT_EQ(NASTRAN_output(file, no_points, dense2D<unsigned>(10, 1), ET_SOLID_MIX), -3);
-    EXPECT_EQ(file.content(), "");
-    EXPECT_EQ(NASTRAN_output("/tmp", dense2D<double>(2, 1), tria, ET_TRIA3), -1);
-    EXPECT_EQ(NASTRAN_output("/tmp", dense2D<double>(), empty, ET_BAR2), 0);
-}
-
 struct reading {
     dense2D<double> pos{2, 5};
     dense2D<unsigned int> conn{7, 1};
@@ -133,26 +123,9 @@ TEST(NastranInput, ReadsElements) {
     }
 }
 
-TEST(NastranInput, FollowsTheFileInTimeAndMemory) {
-    std::string cards = "GRID 1 2.\nCHEXA,1,1,2";
-    for (int i = 0; i < 300'000; ++i)
-        cards += "\n+";
-    cards.append("\nROD 1 7 3 4 ").append(3'000'000, ',').append(3'000'000, 'x') += "\nROD 1 7 5 6";
-    EXPECT_EQ(list(read_bulk(cards).conn), list(columns({{3, 4}, {5, 6}})));
-#ifndef __SANITIZE_ADDRESS__ // which would abort
-    const reading far = read_bulk("ROD 1 7 3 4\nGRID 4294967294 7.");
-    // whether it can be had is up to how much the system promises
-    EXPECT_TRUE(far.code == 0 ? far.pos(0, 4294967294) == 7.0 : far.code == -199 && far.empty());
-#endif
-}
-
 TEST(NastranInput, EmptiesOutputsOrSharesTheGroupsOut) {
     const scratch_file no_bulk("GRID 1 2.\nROD 1 1 0 1"), bare("BEGIN BULK\nGRID 0 1.");
-    for (const char* name :
-         std::array<const char*, 5>{no_bulk, nullptr, "/-", "/tmp", "/dev/zero"}) {
-        const reading mesh(name);
-        EXPECT_TRUE(mesh.code == -1 && mesh.empty());
-    }
+    EXPECT_TRUE(reading(no_bulk).code == -1 && reading(no_bulk).empty());
     const std::string cards = "$ BEGIN BULK\nQUAD4 1 1 0 1 2 3\nTRIA3 1 2 0 1 2\nROD 1 3 0 1\n";
     const scratch_file no_nodes(cards), file(cards + "GRID 3 1.\n");
     dense2D<double> pos;

@@ -1,8 +1,5 @@
 #include <bit>
 #include <cmath>
-#include <thread>
-
-#include <sys/stat.h>
 
 #include "io/files.h"
 #include "meshes.h"
@@ -69,22 +66,6 @@ TEST(StlOutput, NormalsAreUnitVectorsOrZero) {
     EXPECT_THAT(text, testing::Not(testing::ContainsRegex("normal [^\n]*nan")));
 }
 
-TEST(Stl, RejectsWhatIsNoFileAndLeavesAFileOpenForWrongArguments) {
-    const scratch_file file("old content");
-    const auto before = open_descriptors();
-    EXPECT_EQ(STL_output(file, dense2D<double>(4, 4), columns({{0, 1, 9}}), true), -2);
-    EXPECT_EQ(STL_output(file, square, columns({{0, 1, 4}}), true), -3);
-    EXPECT_EQ(file.content(), "");
-    for (const char* name : no_files) {
-        EXPECT_EQ(STL_output(name, square, facets, true), -1);
-        EXPECT_EQ(reading(name, true).result, -1);
-        EXPECT_EQ(reading(name, false).result, -1);
-        EXPECT_EQ(STL_detect(name), STL_format::unreadable);
-    }
-    EXPECT_EQ(reading(file, true).result, -1);
-    EXPECT_EQ(open_descriptors(), before + 2);
-}
-
 TEST(StlInput, SharesNodesAgain) {
     for (const bool ascii : {true, false}) {
         const scratch_file file(written(square, facets, ascii));
@@ -113,27 +94,6 @@ TEST(StlInput, CleansByTheSmallestPositiveHeightOrAsTold) {
     EXPECT_TRUE(refused.pos.empty() && refused.conn.empty());
 }
 
-TEST(StlInput, StopsAtTheLastWholeFacetWhateverTheCount) {
-    const std::string ascii = written(square, facets, true);
-    const std::size_t second = ascii.find("   facet", 20), end = ascii.find("endsolid");
-    const std::size_t last_line = std::string("   endfacet\n").size();
-    for (std::size_t n = 1; n <= ascii.size(); ++n) {
-        // the last line of a facet may say anything: its first character does
-        const int whole = (n > second - last_line) + (n > end - last_line);
-        ASSERT_EQ(read_text(ascii.substr(0, n)).result, whole) << n;
-    }
-    std::string binary = written(square, facets, false);
-    for (std::size_t n = 0; n <= binary.size(); ++n) {
-        const reading r = read_text(binary.substr(0, n), false);
-        ASSERT_EQ(r.result, n < 84 ? -1 : static_cast<int>(n - 84) / 50) << n;
-        ASSERT_EQ(r.report.unread_bytes, n < 84 ? 0 : (n - 84) % 50) << n;
-    }
-    binary.replace(80, 4, 4, '\xFF');
-    EXPECT_EQ(read_text(binary, false).result, 2);
-    binary.replace(80, 4, 4, '\0');
-    EXPECT_EQ(read_text(binary, false).report.unread_bytes, 100u);
-}
-
 TEST(StlInput, ReadsTheAsciiFormAsItIsScanned) {
     const auto facet = [](const std::string& name, const std::string& vertex) {
         return name + " 0 0 1\nloop\n" + vertex + " 0 0 0 " + vertex + "+1 0 -0.e0\r\n" + vertex +
@@ -150,20 +110,8 @@ TEST(StlInput, ReadsTheAsciiFormAsItIsScanned) {
     expect("s\n" + good + good + "endsolid\nsolid\n" + good, 2, 6 + good.size());
     expect(std::string("s\n") + facet("facetnormal", "VERTEX"), 0, good.size() - 1);
     expect("s\n" + good + "facet normal 0 0\nendsolid", 1, 25);
-}
-
-TEST(StlInput, ReadsAPipe) {
-    const scratch_file pipe;
-    std::filesystem::remove(static_cast<const char*>(pipe));
-    ASSERT_EQ(mkfifo(pipe, 0600), 0);
-    EXPECT_EQ(STL_detect(pipe), STL_format::unreadable) << "and does not wait for a writer";
-    // more facets than one step of the reader
-    const auto fan = columns(std::vector(5000, std::vector{0u, 1u, 2u}));
-    std::thread writer([&] { EXPECT_EQ(STL_output(pipe, square, fan, false), 0); });
-    const reading r(pipe, false, 0.0);
-    writer.join();
-    EXPECT_EQ(r.result, 5000);
-    EXPECT_EQ(list(r.pos), list(square.sub_matrix(0, 0, 3, 3)));
+    const std::string none = written(square, facets, false).replace(80, 4, 4, '\0');
+    EXPECT_EQ(read_text(none, false).report.unread_bytes, 100u);
 }
 
 TEST(StlDetect, TellsTheFormBySizeAndContent) {

@@ -86,21 +86,6 @@ TEST(TextNumbers, AreThoseOfAtoiSaturatedAndTheShortestThatReadBack) {
     EXPECT_EQ(scratch.content(), "-5e-324 -0.00000");
 }
 
-TEST(TextReader, GivesLinesOfAnyLength) {
-    const std::string longest(200000, 'x'); // longer than the buffer
-    const std::string last("\0b", 2);
-    const std::string text = "a\r\n\n" + longest + "\n" + last;
-    const closing_file file = scratch_file(text).open("rb");
-    text_reader reader(file.get());
-    std::string_view line;
-    for (const std::string& expected : {std::string("a\r"), std::string(), longest, last}) {
-        ASSERT_TRUE(reader.line(line));
-        EXPECT_TRUE(line == expected);
-    }
-    EXPECT_FALSE(reader.line(line));
-    EXPECT_EQ(reader.position(), text.size());
-}
-
 TEST(TextReader, TakesTheLongestNumberAndLeavesTheRest) {
     for (const char* text : {"1e+x", "infinitely", "\r\n\t 7,5", "+-1", "--1", "e5", ".", ""}) {
         char* end = nullptr;

@@ -63,16 +63,5 @@ TEST(Vtk, StreamEndsTheCellsWhereTheirRecordsEnd) {
                                   "9 4\n1 4 \n4294967295 4294967295 \n" + after);
 }
 
-TEST(Vtk, RejectedCallsTruncateTheFileAndLeaveItOpen) {
-    const scratch_file file("old content");
-    const auto before = open_descriptors();
-    EXPECT_EQ(vtk_output(file, dense2D<double>(4, 3), columns({{0, 1, 2}}), ET_TRIA3), -2);
-    EXPECT_EQ(file.content(), "");
-    EXPECT_EQ(open_descriptors(), before + 1);
-    EXPECT_EQ(vtk_output("/dev/full", dense2D<double>(3, 3), columns({{0, 1, 2}}), ET_TRIA3), 0)
-        << "writing is not checked";
-    EXPECT_EQ(open_descriptors(), before + 1);
-}
-
 } // namespace
 } // namespace kvx::zelvo::tests

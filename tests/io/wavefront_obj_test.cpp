@@ -49,18 +49,6 @@ TEST(WavefrontOBJ, WritesTheseBytesAndReadsThemBackButForTheFaces) {
     EXPECT_THAT(file.content(), testing::EndsWith(" \n f 1//2//3// \n"));
 }
 
-TEST(WavefrontOBJ, RejectedCallsTruncateTheFileAndCloseIt) {
-    const scratch_file file("old content");
-    const auto before = open_descriptors();
-    EXPECT_EQ(WavefrontOBJ_output(file, flat, normals, texcoords, triangles, {3, 1}), -6);
-    EXPECT_EQ(file.content(), "");
-    for (const char* name : no_files) {
-        EXPECT_EQ(WavefrontOBJ_output(name, flat, normals, texcoords, triangles, quads), -1);
-        EXPECT_EQ(read(name), "-1");
-    }
-    EXPECT_EQ(open_descriptors(), before);
-}
-
 TEST(WavefrontOBJ, ReadsLineByLineWhatFits) {
     const std::string nul(1, '\0'), megabyte(1 << 20, ' ');
     const std::pair<std::string, std::string> cases[] = {

@@ -54,6 +54,7 @@ KVX_ZELVO_API int NASTRAN_output(const char* filename, const dense2D<double>& po
 /// are skipped. The numbers of grid points become columns of pos as they are, those of elements are
 /// ignored: elements are numbered as they come.
 ///
+/// filename   file, or a pipe, which may keep the call waiting
 /// pos        replaced: 3 rows, columns up to the largest grid number, 0 where there is no grid
 ///            point
 /// connectM   replaced: as many rows as the largest element has nodes, shorter ones end in no_node;
@@ -63,9 +64,9 @@ KVX_ZELVO_API int NASTRAN_output(const char* filename, const dense2D<double>& po
 /// FEs        replaced: kind of each group
 /// props      replaced: property number of each element
 ///
-/// Returns 0, or: -1 the file cannot be opened, is a device, or has no line with "BEGIN BULK", all
-/// outputs being empty then; -1 there is no element or no grid point, what was read being kept;
-/// -199 out of memory, all outputs being empty.
+/// Returns 0, or: -1 the file cannot be opened, is a device, cannot be read to the end of the deck,
+/// or has no line with "BEGIN BULK", all outputs being empty then; -1 there is no element or no grid
+/// point, what was read being kept; -199 out of memory, all outputs being empty.
 ///
 /// Linear. Memory follows the size of the file except for pos, which has 24 bytes for every number
 /// up to the largest one. That much is asked for at once; -199 when the system refuses it. Columns

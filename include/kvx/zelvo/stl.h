@@ -48,9 +48,9 @@ KVX_ZELVO_API int STL_output(const char* filename, const dense2D<double>& pos,
 /// ascii      the form of the file (see STL_detect)
 ///
 /// Returns the number of triangles, or, with pos and connectM empty: -1 the file cannot be opened
-/// (or its name is null), the first line or the 84 bytes before the facets cannot be read; the code
-/// of merge or simplify when one of them fails; -199 memory runs out, or there are more nodes than
-/// indices. Never leaves the file open. Cost: that of merge.
+/// (or its name is null), the first line or the 84 bytes before the facets are not there, or reading
+/// fails; the code of merge or simplify when one of them fails; -199 memory runs out, or there are
+/// more nodes than indices. Never leaves the file open. Cost: that of merge.
 KVX_ZELVO_API int STL_input(const char* filename, dense2D<double>& pos,
                             dense2D<unsigned int>& connectM, bool ascii) noexcept;
 
