@@ -39,6 +39,10 @@ inline void read_stl(const std::uint8_t* data, std::size_t size, bool ascii) {
            "forms read the same");
     demand(code >= -1, "no memory is lacking");
     demand(connectM.cols() == static_cast<std::uint64_t>(std::max(code, 0)), "the code counts");
+    const std::uint64_t whole =
+        size < bytes_before_facets ? 0 : (size - bytes_before_facets) / facet_bytes;
+    demand(ascii || (code == -1) == (size < bytes_before_facets), "what comes before facets");
+    demand(ascii || report.facets == std::min(report.announced_facets, whole), "no count on trust");
     if (code < 0) return demand(pos.empty(), "a failure leaves nothing");
     demand(report.facets == connectM.cols() + report.removed_elements, "facets are accounted for");
     demand(pos.cols() + report.removed_nodes == 3 * report.facets, "nodes are accounted for");
