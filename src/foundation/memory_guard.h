@@ -29,6 +29,13 @@ inline void need(bool allocated) {
     if (!allocated) throw std::bad_alloc();
 }
 
+/// That so many nodes or elements have 32-bit numbers below no_node, before any array of them is
+/// sized; inside guarded().
+inline void need_numbers_for(std::uint64_t count) {
+    constexpr std::uint64_t numbers = 0xFFFFFFFFu;
+    need(count <= numbers);
+}
+
 /// A count as a result: counts beyond the largest int stay there, so that none reads as an error.
 inline int count_result(std::uint64_t count) noexcept {
     constexpr auto largest = std::numeric_limits<int>::max();

@@ -42,6 +42,7 @@ int remove_degenerated(dense2D<unsigned int>& conn, dense1D<unsigned int>& new_I
         if (conn.empty()) return 0;
         const std::uint64_t rows = conn.rows();
         const std::uint64_t elements = conn.cols();
+        need_numbers_for(elements);
         std::vector<unsigned int> sorted(rows > most_rows_compared ? rows : 0);
         need(new_IDs.resize(elements, no_node));
         std::uint64_t kept = 0;

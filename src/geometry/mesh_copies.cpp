@@ -19,9 +19,9 @@ struct mesh_part {
     dense1D<unsigned int> nodes;
     dense2D<unsigned int> elements;
 
-    mesh_part(const dense2D<unsigned int>& conn, std::uint64_t node_count) {
+    explicit mesh_part(const dense2D<unsigned int>& conn) {
         append_unique(nodes, &conn, &conn + 1);
-        dense1D<unsigned int> places(node_count, no_node);
+        dense1D<unsigned int> places(nodes.empty() ? 0 : std::uint64_t{max_ID(nodes)} + 1, no_node);
         for (std::uint64_t k = 0; k < nodes.size(); ++k)
             places[nodes[k]] = static_cast<unsigned int>(k);
         need(elements.copy(conn));
@@ -70,7 +70,7 @@ int copy_in_pattern(dense2D<double>& pos, dense2D<unsigned int>& copy_conn,
     if (pos.empty() || n_copies == 0) return 0;
     if (!check_IDs(conn, index_bound(pos.cols()))) return -2;
     return guarded([&] {
-        const mesh_part part(conn.rows() == 0 ? dense2D<unsigned int>() : conn, pos.cols());
+        const mesh_part part(conn.rows() == 0 ? dense2D<unsigned int>() : conn);
         if (part.elements.empty()) n_copies = 1; // copies of nothing are all alike
         dense1D<unsigned int> moved(part.nodes.size());
         for (std::uint64_t i = 1; i <= n_copies; ++i) {
@@ -123,7 +123,7 @@ int copy_mirrored(dense2D<double>& pos, dense2D<unsigned int>& copy_conn,
     return guarded([&] {
         dense2D<unsigned int> copied;
         const std::uint64_t nodes = pos.cols();
-        append_copy(mesh_part(conn, nodes), pos, Dim, copied);
+        append_copy(mesh_part(conn), pos, Dim, copied);
         for (std::uint64_t j = nodes; j < pos.cols(); ++j)
             mirror(&pos(0, j), P, N, -2.0 / squared_length);
         copy_conn.swap(copied);
@@ -138,7 +138,7 @@ int copy_mesh(dense2D<double>& pos, dense2D<unsigned int>& copy_conn,
     if (!check_IDs(conn, index_bound(pos.cols()))) return -2;
     return guarded([&] {
         dense2D<unsigned int> copied;
-        append_copy(mesh_part(conn, pos.cols()), pos, pos.rows(), copied);
+        append_copy(mesh_part(conn), pos, pos.rows(), copied);
         copy_conn.swap(copied);
         return 0;
     });

@@ -99,6 +99,7 @@ int simplify(dense2D<double>& pos, dense2D<unsigned int>* first, dense2D<unsigne
     if (pos.empty()) return 0;
     if (n_kept >= nodes) return 0;
     return guarded([&] {
+        need_numbers_for(nodes);
         const std::vector<connectivity> on_entry = entries_on_entry(first, last);
         need(new_IDs.resize(nodes, no_node));
         for (const connectivity* m = first; m != last; ++m)

@@ -155,6 +155,11 @@ void write_ascii(text_writer& out, const dense2D<double>& pos,
     out.text("endsolid KVX\n");
 }
 
+/// Whether the 32-bit count of the binary form tells the number of triangles.
+bool is_countable(const dense2D<unsigned int>& connectM) {
+    return connectM.empty() || connectM.cols() <= std::numeric_limits<std::uint32_t>::max();
+}
+
 void write_binary(text_writer& out, const dense2D<double>& pos,
                   const dense2D<unsigned int>& connectM) {
     constexpr std::string_view title = "KVX STL Binary";
@@ -264,6 +269,7 @@ class facet_nodes {
 public:
     facet_nodes(dense2D<double>& pos, std::uint64_t expected)
         : pos_(pos) {
+        need_numbers_for(3 * expected);
         if (expected > 0) need(pos_.reserve(3, 3 * expected));
         reserved_ = expected;
     }
@@ -287,8 +293,7 @@ public:
 private:
     void make_room() {
         constexpr std::uint64_t step = 1024;
-        // every node needs an index below no_node
-        if (3 * (room_ + step) >= no_node) throw std::bad_alloc();
+        need_numbers_for(3 * (room_ + step));
         room_ += step;
         if (room_ > reserved_) {
             reserved_ = std::max(room_, 2 * reserved_);
@@ -444,6 +449,7 @@ int STL_output(const char* filename, const dense2D<double>& pos,
     std::FILE* const file = open_file(filename, "wb");
     if (!file) return -1;
     if (pos.rows() != 2 && pos.rows() != 3) return leave_open(file, -2);
+    if (!ascii && !is_countable(connectM)) return leave_open(file, -3);
     if (!check_IDs(connectM, ET_TRIA3, index_bound(pos.cols()))) return leave_open(file, -3);
     text_writer out(file);
     if (ascii) {

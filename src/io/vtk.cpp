@@ -26,15 +26,20 @@ bool writable(const dense2D<double>& pos) {
     return pos.rows() == 2 || pos.rows() == 3;
 }
 
+/// Elements with more nodes than corners become two cells.
+std::uint64_t cells_per_element(const dense2D<unsigned int>& connectM, std::uint64_t corners) {
+    return connectM.rows() > corners ? 2 : 1;
+}
+
 void append_cells(const dense2D<unsigned int>& connectM, unsigned int code, std::uint64_t corners,
                   dense1D<unsigned int>& cells, dense1D<unsigned int>& cell_types) {
     const std::uint64_t rows = connectM.rows();
     const std::uint64_t others = rows - corners;
-    const std::uint64_t cells_per_element = others > 0 ? 2 : 1;
     appender<unsigned int> records(cells);
     appender<unsigned int> codes(cell_types);
-    records.make_room((rows + cells_per_element) * connectM.cols());
-    codes.make_room(cells_per_element * connectM.cols());
+    const std::uint64_t heads = cells_per_element(connectM, corners);
+    records.make_room((rows + heads) * connectM.cols());
+    codes.make_room(heads * connectM.cols());
     for (std::uint64_t j = 0; j < connectM.cols(); ++j) {
         const unsigned int* const nodes = &connectM(0, j);
         codes.push(code);
@@ -105,10 +110,11 @@ int vtk_convert(const dense2D<unsigned int>& connectM, element_type FE, unsigned
     if (corner_count > connectM.rows()) return -1;
     return guarded([&] {
         const dense2D<unsigned int> source(connectM); // keeps shared storage as it is
-        const std::uint64_t before = cell_types.size();
+        const std::uint64_t fresh = source.cols() * cells_per_element(source, corner_count);
+        need_numbers_for(ncells + fresh);
         append_cells(source, cell_codes[static_cast<unsigned>(corners)], corner_count, cells,
                      cell_types);
-        ncells += static_cast<unsigned int>(cell_types.size() - before);
+        ncells += static_cast<unsigned int>(fresh);
         return 0;
     });
 }

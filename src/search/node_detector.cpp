@@ -114,7 +114,8 @@ int node_detector::reinit(const dense2D<double>& pos) noexcept {
     clear();
     if (pos.rows() != 2 && pos.rows() != 3) return -1;
     return guarded([&] {
-        dense1D<unsigned int> all(std::min<std::uint64_t>(pos.cols(), no_node));
+        need_numbers_for(pos.cols());
+        dense1D<unsigned int> all(pos.cols());
         std::iota(all.begin(), all.end(), 0u);
         return reinit(pos, all);
     });

@@ -117,6 +117,7 @@ bool stays(const dense1D<unsigned int>& new_IDs, unsigned int node) {
 }
 
 dense1D<unsigned int> identity(std::uint64_t n) {
+    need_numbers_for(n);
     dense1D<unsigned int> map(n);
     std::iota(map.begin(), map.end(), 0u);
     return map;
@@ -396,8 +397,8 @@ std::uint64_t merge_lists(const dense2D<double>& pos, const dense1D<unsigned int
                           const dense1D<unsigned int>& nodes2, double tol,
                           dense1D<unsigned int>& new_IDs) {
     if (nodes1.empty() || nodes2.empty()) return 0;
-    listed_nodes listed = in_order_of_turn(nodes1, nodes2, pos.cols());
     dense1D<unsigned int> map = identity(pos.cols());
+    listed_nodes listed = in_order_of_turn(nodes1, nodes2, pos.cols());
     const std::uint64_t joined = pos.rows() == 2 ? merge_listed<2>(pos, listed, tol, map)
                                                  : merge_listed<3>(pos, listed, tol, map);
     new_IDs.swap(map);
@@ -526,10 +527,10 @@ int merge(dense2D<double>& pos, dense1D<unsigned int>& new_IDs, double tol) noex
     if (!is_planar_or_spatial(pos)) return -1;
     if (!(tol >= 0)) return -3;
     return guarded([&] {
+        const dense1D<unsigned int> all = identity(pos.cols());
         dense2D<double> moved;
         need(moved.copy(pos));
         dense1D<unsigned int> map;
-        const dense1D<unsigned int> all = identity(pos.cols());
         const std::uint64_t joined = merge_lists(moved, all, all, tol, map);
         for (std::uint64_t k = 0; k < map.size(); ++k) {
             if (map[k] != k) std::copy_n(&moved(0, map[k]), moved.rows(), &moved(0, k));

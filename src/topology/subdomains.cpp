@@ -121,8 +121,8 @@ int get_subdomains(dense2D<unsigned int>& connectM, dense2D<unsigned int>& neigh
                    dense1D<unsigned int>& offsets) noexcept {
     if (neighbors.cols() != connectM.cols()) return -1;
     return guarded([&] {
-        if (!check_IDs(neighbors, index_bound(neighbors.cols()))) return -2;
         const unsigned int element_count = list_offset(neighbors.cols());
+        if (!check_IDs(neighbors, element_count)) return -2;
         if (connectM.empty()) {
             dense1D<unsigned int> no_parts(1);
             offsets.swap(no_parts);

@@ -14,8 +14,8 @@ namespace kvx::zelvo {
 /// strict   whether no_node counts as a node, so that two unused rows make an element degenerate.
 ///          A padded triangle has one and stays; a tetrahedron in 8 rows has four and goes.
 ///
-/// Returns the number of elements removed (at most 2147483647), or -199 when memory runs out, with
-/// conn unchanged. Linear in the number of entries for up to 8 rows; n rows above that are sorted,
+/// Returns the number of elements removed (at most 2147483647), or -199 when memory runs out or conn
+/// has more than 4294967295 columns, with conn unchanged. Linear in the number of entries for up to 8 rows; n rows above that are sorted,
 /// n log n an element.
 KVX_ZELVO_API int remove_degenerated(dense2D<unsigned int>& conn, dense1D<unsigned int>& new_IDs,
                                      bool strict) noexcept;

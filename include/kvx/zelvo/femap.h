@@ -35,7 +35,8 @@ KVX_ZELVO_API int FEMAP_output(const char* filename, const dense2D<double>& pos,
                                const dense2D<unsigned int>& connectM,
                                const dense1D<unsigned int>& offsets, const dense1D<int>& FEs,
                                const dense1D<unsigned int>& props) noexcept;
-/// A mesh of one kind; every element has property 1.
+/// A mesh of one kind; every element has property 1. Here and below -199 also, with the file
+/// untouched, where there are more than 4294967294 elements.
 KVX_ZELVO_API int FEMAP_output(const char* filename, const dense2D<double>& pos,
                                const dense2D<unsigned int>& connectM, element_type FE) noexcept;
 /// A mesh of two kinds; the elements of connectM1, which come first, have property 1, those of

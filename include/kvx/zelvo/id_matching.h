@@ -12,7 +12,8 @@ namespace kvx::zelvo {
 /// A_in_B   replaced: the same from A to B, no_node at places of A that were not matched; the last
 ///          place counts of a value that occurs twice in B. The outputs may be views of the inputs
 ///
-/// Returns 0, or -199 when memory runs out, with the outputs empty. Expected linear.
+/// Returns 0, or -199 when memory runs out or one has more than 4294967294 entries, with the outputs
+/// empty. Expected linear.
 KVX_ZELVO_API int get_IDs(const dense1D<unsigned int>& A, const dense1D<unsigned int>& B,
                           dense1D<unsigned int>& B_in_A, dense1D<unsigned int>& A_in_B) noexcept;
 
@@ -27,8 +28,8 @@ KVX_ZELVO_API int get_IDs(const dense1D<unsigned int>& A, const dense1D<unsigned
 ///              same element with the same orientation from any starting node, but not a reversed
 ///              one. The rows from the first no_node on stay in place and must be equal
 ///
-/// Returns 0, or -2 when the row counts differ, or -199 when memory runs out; the outputs are empty
-/// then. Expected linear in the number of entries.
+/// Returns 0, or -2 when the row counts differ, or -199 when memory runs out or one has more than
+/// 4294967294 columns; the outputs are empty then. Expected linear in the number of entries.
 KVX_ZELVO_API int get_IDs(const dense2D<unsigned int>& E1, const dense2D<unsigned int>& E2,
                           dense1D<unsigned int>& E2_in_E1, dense1D<unsigned int>& E1_in_E2,
                           bool exact_order) noexcept;

@@ -39,8 +39,8 @@ public:
     ~node_detector();
 
     /// Takes all nodes of pos. The detector is empty from the start, whatever follows.
-    /// Returns 0, -1 when pos has neither 2 nor 3 rows, -199 when memory runs out. Expected
-    /// O(n log n), also for coincident nodes.
+    /// Returns 0, -1 when pos has neither 2 nor 3 rows, -199 when memory runs out or pos has more
+    /// than 4294967295 columns. Expected O(n log n), also for coincident nodes.
     int reinit(const dense2D<double>& pos) noexcept;
     /// Takes the listed nodes; no_node is skipped, a node listed twice is found twice. Returns 0,
     /// or, in this order: -1 pos has neither 2 nor 3 rows, -2 an entry is neither no_node nor a

@@ -24,7 +24,8 @@ namespace kvx::zelvo {
 ///
 /// Returns the number of nodes absorbed (at most 2147483647), or, in the order checked: 0 when pos
 /// has no columns; -1 pos has neither 2 nor 3 rows; -2 nodes1, -3 nodes2 name a node beyond pos; -4
-/// tol is negative or NaN; -199 memory runs out. On an error only new_IDs is touched.
+/// tol is negative or NaN; -199 memory runs out or pos has more than 4294967295 columns. On an
+/// error only new_IDs is touched.
 ///
 /// Expected O(n log n) for n listed nodes. However many pairs lie within tol, only about seven a
 /// node are held at a time.

@@ -19,7 +19,8 @@ namespace kvx::zelvo {
 /// Returns the number of nodes removed (at most 2147483647), or, in the order checked and with
 /// nothing changed but new_IDs empty: 0 for an empty range; -3 when last comes before first; -2 for
 /// an entry that is neither no_node nor a column of pos; 0 for an empty pos; 0 when n_kept is not
-/// below the number of nodes; -199 when memory runs out. Linear.
+/// below the number of nodes; -199 when memory runs out or pos has more than 4294967295 columns.
+/// Linear.
 KVX_ZELVO_API int simplify(dense2D<double>& pos, dense2D<unsigned int>* first,
                            dense2D<unsigned int>* last, dense1D<unsigned int>& new_IDs,
                            unsigned int n_kept) noexcept;

@@ -20,9 +20,10 @@ namespace kvx::zelvo {
 /// ascii      the form to write
 ///
 /// Returns 0, or, in the order checked: -1 the file cannot be opened (or its name is null); -2 rows
-/// of pos; -3 connectM is no ET_TRIA3 connectivity of pos; -1 a write failed, the last one on
-/// closing included. With -2 and -3 the empty file stays open on purpose, as callers have always
-/// found it (on Windows it also stays locked). Linear.
+/// of pos; -3 connectM is no ET_TRIA3 connectivity of pos, or has more columns than the binary form
+/// counts (4294967295); -1 a write failed, the last one on closing included. With -2 and -3 the
+/// empty file stays open on purpose, as callers have always found it (on Windows it also stays
+/// locked). Linear.
 KVX_ZELVO_API int STL_output(const char* filename, const dense2D<double>& pos,
                              const dense2D<unsigned int>& connectM, bool ascii) noexcept;
 

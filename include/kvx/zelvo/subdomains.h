@@ -35,8 +35,8 @@ KVX_ZELVO_API int get_subdomains(const dense2D<unsigned int>& connectM,
 ///             [0] for a connectM without entries
 ///
 /// Returns 0; or, with nothing changed and in this order, -1 the matrices differ in their number of
-/// columns, -2 an entry of neighbors is neither an element nor no_node, -199 memory exhausted or
-/// more than 4294967295 columns. Almost linear, n log n at worst.
+/// columns, -199 more than 4294967295 columns, -2 an entry of neighbors is neither an element nor
+/// no_node, -199 memory exhausted. Almost linear, n log n at worst.
 KVX_ZELVO_API int get_subdomains(dense2D<unsigned int>& connectM, dense2D<unsigned int>& neighbors,
                                  dense1D<unsigned int>& offsets) noexcept;
 

@@ -27,7 +27,7 @@ namespace kvx::zelvo {
 /// cells and cell_types may share storage with connectM but not with each other. Returns 0, or, in
 /// the order checked and with nothing appended: -1 connectM fails check_IDs without a bound; -2 the
 /// kind cannot be written; -1 connectM has fewer rows than the kind has corners (a matrix without
-/// rows included); -199 out of memory. Linear.
+/// rows included); -199 out of memory, or ncells would exceed 4294967295. Linear.
 KVX_ZELVO_API int vtk_convert(const dense2D<unsigned int>& connectM, element_type FE,
                               unsigned int& ncells, dense1D<unsigned int>& cells,
                               dense1D<unsigned int>& cell_types) noexcept;

@@ -1,6 +1,13 @@
 #pragma once
 
 /// Everything a caller of kvx::zelvo needs.
+///
+/// Numbers of 32 bits. Rows and columns are counted in 64 bits, nodes and elements numbered in 32,
+/// from 0 to 4294967294, as 4294967295 is no_node. A call that would have to number or to count
+/// more than that in a result is answered with -199, as one that finds no memory, before anything
+/// is walked or taken where the sizes of its arguments tell it. Nodes that no call has to number
+/// may lie beyond, where no index reaches them. A returned count stops at 2147483647. Positions
+/// and sizes of files have 64 bits.
 
 #include <kvx/dense_array.h>
 #include <kvx/element_type.h>
