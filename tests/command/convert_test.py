@@ -1,15 +1,18 @@
 """Tests of `zelvo convert`, `quality` and `metric`. Usage: convert_test.py ZELVO [unittest arguments]"""
 
 import collections
+import ctypes
 import json
 import math
 import os
 import resource
+import signal
+import subprocess
 import sys
 import unittest
 from pathlib import Path
 
-from zelvo_command import CORNERS, MESHES, Command
+from zelvo_command import CORNERS, MESHES, ZELVO, Command, binary, cube
 
 try:
     import meshio
@@ -135,17 +138,11 @@ class Commands(Command):
     def test_failures(self):
         self.file(b"old", "old.vtk")
         for code, culprit, *arguments in (
-                (2, "tells no format", "convert", "cube.stl", "out.xyz"), (2, "replace", "convert", "cube.stl", "cube.stl"),
+                (2, "tells no format", "convert", "cube.stl", "out.xyz"),
                 (2, "--from: one of", "convert", "--from", "vtk", "cube.stl", "o.vtk"), (3, "not a mesh", "quality", "old.vtk"),
-                (3, "no mesh", "quality", "--from", "nastran", "cube.stl"), (2, "replace", "metric", "cube.stl", "cube.stl"),
-                (2, "--min: larger", "metric", "cube.stl", "o", "--min", "3", "--max", "2"),
-                (4, "/dev/full: No space left", "convert", "cube.stl", "/dev/full", "--to", "medit")):
+                (3, "no mesh", "quality", "--from", "nastran", "cube.stl"),
+                (2, "--min: larger", "metric", "cube.stl", "o", "--min", "3", "--max", "2")):
             self.assert_fails(code, culprit, *arguments)
-        for form in FORMATS:
-            run = self.run_zelvo("convert", "cube.stl", "old.vtk", "--to", form,
-                                 preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)))
-            self.assertEqual((run.returncode, b"File too large" in run.stderr), (4, True), form)
-        self.assertEqual((Path("old.vtk").read_text(), sorted(os.listdir())), ("old", ["cube.stl", "old.vtk"]))
 
     def test_quality_of_inverted_and_quadratic_elements(self):
         brick = [1, 2, 4, 3, 5, 6, 8, 7]
@@ -181,6 +178,63 @@ class Commands(Command):
                                 ("3 1 99999999999999 2 1", "announces"), ("3 1 3 2 1 1 x", "no number"),
                                 ("3 3 3 2" + 9 * " 1", "neither sizes")):
             self.assert_fails(3, reason, "metric", "line.neu", "out.sol", "--field", self.file(content.encode(), "in.sol"))
+
+
+# Commands that write to the file that None stands for.
+WRITERS = [["convert", "cube.stl", None, "--to", form] for form in FORMATS]
+WRITERS += [["report", "cube.stl", "--vtk", None], ["metric", "cube.stl", None]]
+
+
+def limit(what, most):
+    return lambda: resource.setrlimit(what, (most, most))
+
+
+def without_privilege():  # root then needs permissions too
+    ctypes.CDLL(None).prctl(24, 1, 0, 0, 0)  # PR_CAPBSET_DROP, CAP_DAC_OVERRIDE
+
+
+class WriteFaults(Command):
+    def test_a_file_that_cannot_be_written_stays_as_it_was(self):
+        self.file(b"good", "good")
+        os.chmod(".", 0o555)
+        self.addCleanup(os.chmod, os.getcwd(), 0o755)
+        for fault, reason, target in (
+                (limit(resource.RLIMIT_FSIZE, 100), "File too large", "good"), (None, "No space left", "/dev/full"),
+                (limit(resource.RLIMIT_NOFILE, 4), "Too many open files", "good"), (None, "No such file", "no/file"),
+                (None, "Not a directory", "cube.stl/x"), (None, "Is a directory", "."),
+                (without_privilege, "Permission denied", "new"), (without_privilege, "Permission denied", "good"),
+                (None, "would replace", "cube.stl")):
+            for writer in WRITERS:
+                with self.subTest(reason, writer=writer):
+                    run = self.run_zelvo(*(target if word is None else word for word in writer), preexec_fn=fault)
+                    self.assertRegex(run.stderr.decode(), r"\Azelvo: %s: .*%s[^\n]*\n\Z" % (target, reason))
+                    self.assertEqual(run.returncode, 2 if target == "cube.stl" else 4)
+                    self.assertEqual(b"nodes" in run.stdout, run.returncode == 4 and writer[0] != "convert")
+                    self.assertEqual(sorted(os.listdir()), ["cube.stl", "good"])
+                    self.assertEqual((Path("good").read_bytes(), Path("cube.stl").read_bytes()), (b"good", binary(cube())))
+
+    def test_results_that_cannot_be_printed(self):
+        reader, broken = os.pipe()
+        os.close(reader)
+        full = os.open("/dev/full", os.O_WRONLY)
+        for fault, reason, stdout in ((None, "No space left", full), (None, "Broken pipe", broken),
+                                      (lambda: os.close(1), "Bad file descriptor", None)):
+            for arguments in (["report", "cube.stl"], ["quality", "cube.stl", "--json"], ["metric", "cube.stl", "o"],
+                              ["report", "cube.stl", "--vtk", "o"], ["--help"], ["--version"]):
+                self.assert_fails(4, "standard output: " + reason, *arguments, stdout=stdout, preexec_fn=fault)
+
+    def test_signals_leave_a_whole_file_and_nothing_beside_it(self):
+        self.file(binary([f for k in range(3000) for f in cube(3.0 * k)]), "long.stl")
+        self.assertEqual(self.run_zelvo("convert", "long.stl", "o", "--to", "femap").returncode, 0)
+        whole = Path("o").read_bytes()
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            self.file(b"old", "o")
+            with subprocess.Popen([ZELVO, "convert", "long.stl", "o", "--to", "femap"]) as run:
+                while len(os.listdir()) == 3 and run.poll() is None:
+                    pass
+                run.send_signal(number)
+            self.assertIn((run.returncode, Path("o").read_bytes()), ((-number, whole), (-number, b"old")))
+            self.assertEqual(sorted(os.listdir()), ["cube.stl", "long.stl", "o"])
 
 
 # Nodes; triangles, quadrangles, bars, tetrahedra and hexahedra; what is said of the file. Others have triangles only.
