@@ -68,7 +68,7 @@ TEST(Limits, ColumnsWithoutRowsAreNotWalked) {
 TEST(Limits, OffsetsAndSizesBeyond32Bits) {
     auto x = wide<double>(3, numbers);
     constexpr unsigned int last = no_node - 1;
-    scratch_file file(std::string(80, 's') + std::string(4, '\xFF'));
+    const scratch_file file(std::string(80, '\1') + std::string(4, '\xFF'));
     const auto triangle = columns({{0, 1, last}});
     if (x.empty() || truncate(file, 84 + 50 * std::int64_t{numbers}) != 0) GTEST_SKIP();
     EXPECT_EQ(STL_detect(file), STL_format::binary);
