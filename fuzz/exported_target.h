@@ -111,6 +111,7 @@ inline void examine(const exported_call& call, byte_source source, byte_source c
     compare<dense2D<double>>(own, viewing, before);
     compare<dense1D<unsigned int>>(own, viewing, before);
     compare<dense2D<unsigned int>>(own, viewing, before);
+    demand(own.statistics.text() == viewing.statistics.text(), "views give the same statistics");
     demand(viewing.frames_are_whole(), "nothing is written beyond a view");
     examine_call(call.form.substr(0, call.form.find('(')), before, own, result.first);
 }
@@ -125,6 +126,20 @@ inline void examine_aliases(const exported_call& call, byte_source source) {
 }
 
 } // namespace kvx::zelvo::fuzzing
+
+// Blocks begin one byte behind a multiple of 16, so that there is no room behind the elements and an
+// index one too large is seen.
+std::byte* kvx::__vector_num_alloc(std::uint64_t bytes) noexcept {
+    auto* const block = static_cast<std::byte*>(std::malloc(bytes + 1));
+    return block ? block + 1 : nullptr;
+}
+std::byte* kvx::__vector_num_alloc_zeros(std::uint64_t bytes) noexcept {
+    auto* const block = static_cast<std::byte*>(std::calloc(bytes + 1, 1));
+    return block ? block + 1 : nullptr;
+}
+void kvx::__vector_num_free(std::byte* raw_block) noexcept {
+    std::free(raw_block ? raw_block - 1 : nullptr);
+}
 
 extern "C" std::FILE* fopen(const char* name, const char* mode) {
     static const auto next = reinterpret_cast<decltype(&std::fopen)>(dlsym(RTLD_NEXT, "fopen"));
