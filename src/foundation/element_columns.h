@@ -18,11 +18,9 @@ inline unsigned mixed_node_count(element_type kind, const unsigned* column, std:
     return 8;
 }
 
-/// Shape of one column of a matrix of the given kind that passed check_IDs.
+/// Shape of one column of a matrix of a mixed kind that passed check_IDs.
 inline shape column_shape(element_type kind, const unsigned* column, std::uint64_t rows) {
-    if (kind == ET_FACE_MIX) return face_shapes[mixed_node_count(kind, column, rows)];
-    if (kind == ET_SOLID_MIX) return solid_shapes[mixed_node_count(kind, column, rows)];
-    return traits_of(kind).corners;
+    return (kind == ET_FACE_MIX ? face_shapes : solid_shapes)[mixed_node_count(kind, column, rows)];
 }
 
 /// Number of rows that a routine which knows the kind reads from every column: the corners; for the

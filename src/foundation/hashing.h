@@ -18,12 +18,11 @@ inline std::uint64_t mixed_bits(std::uint64_t x) {
 }
 
 /// Open-addressing table of 32-bit values below no_node. What is equal is told by the caller, who
-/// keeps the keys; so the table costs 4 bytes a slot, 6 to 12 bytes a value when the number of
-/// values was given.
+/// keeps the keys; so the table costs 4 bytes a slot, 6 to 12 bytes a value.
 class hash_slots {
 public:
-    /// Room for `expected` values; grows beyond. Throws std::bad_alloc.
-    explicit hash_slots(std::uint64_t expected) { slots_.resize(slot_count(expected), no_node); }
+    /// Room for at most `count` values. Throws std::bad_alloc.
+    explicit hash_slots(std::uint64_t count) { slots_.resize(slot_count(count), no_node); }
 
     /// The stored value v with equal(v), or no_node.
     template <class Equal>
@@ -32,30 +31,25 @@ public:
     }
 
     /// The stored value v with equal(v); where there is none, `value` is stored and no_node
-    /// returned. hash_of(v) repeats the hash of a stored value when the table grows.
-    template <class Equal, class HashOf>
-    unsigned int find_or_insert(std::uint64_t hash, unsigned int value, Equal&& equal,
-                                HashOf&& hash_of) {
+    /// returned.
+    template <class Equal>
+    unsigned int find_or_insert(std::uint64_t hash, unsigned int value, Equal&& equal) {
         const std::uint64_t at = place(hash, equal);
         if (slots_[at] != no_node) return slots_[at];
         slots_[at] = value;
-        if (++count_ > slots_.size() - slots_.size() / 4) grow(hash_of);
         return no_node;
     }
 
     /// Stores `value` in place of the stored value that equals it, or anew.
-    template <class Equal, class HashOf>
-    void assign(std::uint64_t hash, unsigned int value, Equal&& equal, HashOf&& hash_of) {
-        const std::uint64_t at = place(hash, equal);
-        const bool fresh = slots_[at] == no_node;
-        slots_[at] = value;
-        if (fresh && ++count_ > slots_.size() - slots_.size() / 4) grow(hash_of);
+    template <class Equal>
+    void assign(std::uint64_t hash, unsigned int value, Equal&& equal) {
+        slots_[place(hash, equal)] = value;
     }
 
 private:
-    static std::uint64_t slot_count(std::uint64_t expected) {
-        if (expected > (std::uint64_t{1} << 40)) throw std::bad_alloc();
-        return std::bit_ceil(expected + expected / 2 + 16);
+    static std::uint64_t slot_count(std::uint64_t count) {
+        if (count > (std::uint64_t{1} << 40)) throw std::bad_alloc();
+        return std::bit_ceil(count + count / 2 + 16);
     }
 
     template <class Equal>
@@ -67,18 +61,7 @@ private:
         return at;
     }
 
-    template <class HashOf>
-    void grow(HashOf&& hash_of) {
-        std::vector<unsigned int> old(2 * slots_.size(), no_node);
-        old.swap(slots_);
-        for (const unsigned int value : old) {
-            if (value == no_node) continue;
-            slots_[place(hash_of(value), [](unsigned int) { return false; })] = value;
-        }
-    }
-
     std::vector<unsigned int> slots_;
-    std::uint64_t count_ = 0;
 };
 
 } // namespace kvx::zelvo

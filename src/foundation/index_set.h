@@ -26,10 +26,9 @@ public:
             word |= bit;
             return fresh;
         }
-        const auto hash = [](unsigned int value) { return mixed_bits(value); };
-        return table_.find_or_insert(
-                   hash(index), index, [index](unsigned int other) { return other == index; },
-                   hash) == no_node;
+        return table_.find_or_insert(mixed_bits(index), index, [index](unsigned int other) {
+            return other == index;
+        }) == no_node;
     }
 
 private:

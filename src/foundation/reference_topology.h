@@ -166,7 +166,7 @@ constexpr bool yields_edges(element_type kind) {
 // sides, and a linear kind has as many nodes as its shape has corners.
 namespace topology_proof {
 
-constexpr unsigned times_walked(const reference_shape& s, unsigned from, unsigned to) {
+consteval unsigned times_walked(const reference_shape& s, unsigned from, unsigned to) {
     unsigned times = 0;
     for (unsigned f = 0; f < s.side_count; ++f) {
         const reference_side& side = s.sides[f];
@@ -177,7 +177,7 @@ constexpr unsigned times_walked(const reference_shape& s, unsigned from, unsigne
     return times;
 }
 
-constexpr bool sides_close(shape s) {
+consteval bool sides_close(shape s) {
     const reference_shape& r = topology_of(s);
     unsigned walked = 0;
     for (unsigned f = 0; f < r.side_count; ++f)
@@ -190,7 +190,7 @@ constexpr bool sides_close(shape s) {
     return each_once;
 }
 
-constexpr bool node_counts_agree() {
+consteval bool node_counts_agree() {
     bool agree = true;
     for (int k = 0; k <= ET_HEXA27; ++k) {
         const auto kind = static_cast<element_type>(k);

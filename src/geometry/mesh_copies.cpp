@@ -118,7 +118,7 @@ int copy_mirrored(dense2D<double>& pos, dense2D<unsigned int>& copy_conn,
                   const dense2D<unsigned int>& conn) {
     if (pos.empty()) return 0;
     const double squared_length = dot(N.data(), N);
-    if (!(squared_length < 0.0) && !(squared_length > 0.0)) return -4;
+    if (!(squared_length > 0.0)) return -4;
     if (!check_IDs(conn, index_bound(pos.cols()))) return -2;
     return guarded([&] {
         dense2D<unsigned int> copied;

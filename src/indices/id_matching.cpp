@@ -74,13 +74,12 @@ int get_IDs(const dense1D<unsigned int>& A, const dense1D<unsigned int>& B,
     return guarded([&] {
         need(std::max(first.size(), second.size()) < no_node); // places are 32-bit
         const unsigned int* const values = first.data();
-        const auto hash_of = [=](unsigned int i) { return mixed_bits(values[i]); };
         const auto holds = [=](unsigned int value) {
             return [=](unsigned int i) { return values[i] == value; };
         };
         hash_slots places(first.size());
         for (unsigned int i = 0; i < first.size(); ++i) {
-            if (values[i] != no_node) places.assign(hash_of(i), i, holds(values[i]), hash_of);
+            if (values[i] != no_node) places.assign(mixed_bits(values[i]), i, holds(values[i]));
         }
         const auto place_of = [&](std::uint64_t j) {
             return places.find(mixed_bits(second[j]), holds(second[j]));
@@ -100,14 +99,13 @@ int get_IDs(const dense2D<unsigned int>& E1, const dense2D<unsigned int>& E2,
     return guarded([&] {
         need(std::max(first.cols(), second.cols()) < no_node);
         const auto element = [&](unsigned int i) { return turned_column(first, i, exact_order); };
-        const auto hash_of = [&](unsigned int i) { return element(i).hash(); };
         const auto equals = [&](const turned_column& other) {
             return [&](unsigned int i) { return element(i) == other; };
         };
         hash_slots places(first.cols());
         for (unsigned int i = 0; i < first.cols(); ++i) {
             const turned_column own = element(i);
-            places.find_or_insert(own.hash(), i, equals(own), hash_of);
+            places.find_or_insert(own.hash(), i, equals(own));
         }
         const auto place_of = [&](std::uint64_t j) {
             const turned_column sought(second, j, exact_order);

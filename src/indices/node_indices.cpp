@@ -91,7 +91,6 @@ void renumber(Array& a, const dense1D<unsigned int>& map) {
     if (overlap(memory_run(a), memory_run(map)) && !on_entry.copy(map)) return;
     const unsigned int* const target = on_entry.data();
     const std::uint64_t size = on_entry.size();
-    if (size == 0) return;
     change_every_entry(a, [=](unsigned int& e) {
         if (e < size) e = target[e];
     });

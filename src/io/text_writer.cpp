@@ -69,7 +69,7 @@ void text_writer::scientific_upper(double x) noexcept {
     char* const first = room();
     char* const end = put(first, x, std::chars_format::scientific, 6);
     for (char* c = first; c != end; ++c) {
-        if (*c >= 'a' && *c <= 'z') *c = static_cast<char>(*c - 'a' + 'A');
+        if (*c >= 'a') *c = static_cast<char>(*c - 'a' + 'A');
     }
     end_number(end, 0);
 }

@@ -278,7 +278,7 @@ constexpr neighbour_table<8> hexahedron_neighbours = {
 
 /// Whether every corner of a table is joined to its neighbours by edges of the shape.
 template <std::size_t Count>
-constexpr bool along_edges(shape s, const neighbour_table<Count>& table) {
+consteval bool along_edges(shape s, const neighbour_table<Count>& table) {
     const reference_shape& topology = topology_of(s);
     unsigned found = 0;
     for (unsigned i = 0; i < Count; ++i) {

@@ -35,19 +35,21 @@ double rate_element(const double* pos, std::uint64_t ld, const unsigned int* nod
             p[axis][i] = pos[axis + nodes[i] * ld];
     }
     if (!shape_formulas::bring_into_range(p)) return 0;
-    if constexpr (S == shape::triangle) return shape_formulas::triangle_rating(p);
-    if constexpr (S == shape::quadrangle) return shape_formulas::quadrangle_rating(p);
-    if constexpr (S == shape::tetrahedron) return shape_formulas::tetrahedron_rating(p);
-    if constexpr (S == shape::pyramid) return shape_formulas::pyramid_rating(p);
-    if constexpr (S == shape::wedge) return shape_formulas::wedge_rating(p);
-    if constexpr (S == shape::hexahedron) return shape_formulas::hexahedron_rating(p);
+    double rating = 0;
+    if constexpr (S == shape::triangle) rating = shape_formulas::triangle_rating(p);
+    if constexpr (S == shape::quadrangle) rating = shape_formulas::quadrangle_rating(p);
+    if constexpr (S == shape::tetrahedron) rating = shape_formulas::tetrahedron_rating(p);
+    if constexpr (S == shape::pyramid) rating = shape_formulas::pyramid_rating(p);
+    if constexpr (S == shape::wedge) rating = shape_formulas::wedge_rating(p);
+    if constexpr (S == shape::hexahedron) rating = shape_formulas::hexahedron_rating(p);
+    return rating;
 }
 
 template <shape S>
 using constant = std::integral_constant<shape, S>;
 
-/// Calls visit with the shape as a compile-time constant; shapes that have no measure in this
-/// dimension are passed over.
+/// Calls visit with the shape of a surface or solid element as a compile-time constant; shapes that
+/// have no measure in this dimension are passed over.
 template <std::size_t Dim, class Visit>
 void with_shape(shape s, Visit&& visit) {
     switch (s) {
@@ -66,10 +68,8 @@ void with_shape(shape s, Visit&& visit) {
             return visit(constant<shape::pyramid>());
         case shape::wedge:
             return visit(constant<shape::wedge>());
-        case shape::hexahedron:
-            return visit(constant<shape::hexahedron>());
         default:
-            break;
+            return visit(constant<shape::hexahedron>());
         }
     }
 }

@@ -259,10 +259,11 @@ bool factorise(const packed_matrix<Dim>& m, bool last_may_vanish, small_matrix<D
 }
 
 /// The same in 2-D, where the pivot needs no square of a root: (2, 2, 2) shows that it is singular.
+/// It never vanishes: the second matrix of a pair needs no factor.
 template <>
-inline bool factorise<2>(const packed_matrix<2>& m, bool last_may_vanish, small_matrix<2>& lower) {
+inline bool factorise<2>(const packed_matrix<2>& m, bool, small_matrix<2>& lower) {
     const double pivot = m[2] - m[1] / m[0] * m[1];
-    if (!(m[0] > 0) || !(pivot > 0 || (last_may_vanish && pivot == 0))) return false;
+    if (!(m[0] > 0) || !(pivot > 0)) return false;
     const double root = std::sqrt(m[0]);
     lower = {{{root, m[1] / root}, {0.0, std::sqrt(pivot)}}};
     return true;

@@ -347,7 +347,7 @@ std::vector<std::array<unsigned int, 2>> take_out_coincident(const dense2D<doubl
     std::erase_if(listed.nodes, [&](unsigned int node) {
         if (!is_finite<Dim>(&pos(0, node))) return false; // infinite coordinates have no distance 0
         const unsigned int stands = places.find_or_insert(
-            hash(node), node, [&](unsigned int other) { return equal(node, other); }, hash);
+            hash(node), node, [&](unsigned int other) { return equal(node, other); });
         if (stands == no_node) return false;
         coincident.push_back({node, stands});
         return true;

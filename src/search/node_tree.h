@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <random>
 #include <tuple>
 #include <utility>
@@ -289,18 +290,15 @@ private:
             unsigned axis;
         };
         std::vector<place> places;
-        hash_slots slots(0);
-        bool remember = false;
+        std::optional<hash_slots> slots; // once paths are long
         for (; first != last; ++first) {
             const auto same = [&](unsigned int k) { return coincide(places[k].x, first->x); };
-            const auto rehash = [&](unsigned int k) { return hash(places[k].x); };
             unsigned int r = root;
             unsigned axis = root_axis;
             unsigned int known = no_node;
-            if (remember) {
-                known = slots.find_or_insert(
-                    hash(first->x), static_cast<unsigned int>(places.size()), same,
-                    [&](unsigned int k) { return k < places.size() ? rehash(k) : hash(first->x); });
+            if (slots) {
+                known = slots->find_or_insert(hash(first->x),
+                                              static_cast<unsigned int>(places.size()), same);
                 if (known == no_node) {
                     known = static_cast<unsigned int>(places.size());
                     places.push_back({first->x, root, root_axis});
@@ -317,11 +315,11 @@ private:
                 *child = fresh;
                 break;
             }
-            if (remember) {
+            if (slots) {
                 places[known].record = fresh;
                 places[known].axis = next(axis);
             }
-            remember = remember || steps > long_path;
+            if (!slots && steps > long_path) slots.emplace(static_cast<std::uint64_t>(last - first));
         }
     }
 

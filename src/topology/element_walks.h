@@ -16,19 +16,17 @@
 /// Walks over the sides and corner edges of the elements of a connectivity.
 namespace kvx::zelvo {
 
-constexpr unsigned longest_side(const reference_shape& s) {
-    unsigned longest = 0;
-    for (const reference_side& side : s.sides)
-        longest = std::max(longest, side.node_count);
-    return longest;
-}
+/// Number of nodes of the longest side of a shape.
+template <shape S>
+inline constexpr unsigned longest_side =
+    std::ranges::max(topology_of(S).sides, {}, &reference_side::node_count).node_count;
 
 /// Columns of one shape, known to the compiler, so that walks over them unroll.
 template <shape S>
 struct uniform_columns {
     static constexpr unsigned corner_count = topology_of(S).corner_count;
     static constexpr unsigned side_count = topology_of(S).side_count;
-    static constexpr unsigned side_nodes = longest_side(topology_of(S));
+    static constexpr unsigned side_nodes = longest_side<S>;
     static constexpr unsigned edge_count = topology_of(S).edge_count;
     static constexpr auto no_node_is = no_node_entries::ordinary;
 
@@ -43,7 +41,7 @@ struct mixed_columns {
     static constexpr shape largest = Kind == ET_FACE_MIX ? shape::quadrangle : shape::hexahedron;
     static constexpr unsigned corner_count = topology_of(largest).corner_count;
     static constexpr unsigned side_count = topology_of(largest).side_count;
-    static constexpr unsigned side_nodes = longest_side(topology_of(largest));
+    static constexpr unsigned side_nodes = longest_side<largest>;
     static constexpr unsigned edge_count = topology_of(largest).edge_count;
     static constexpr auto no_node_is = no_node_entries::absent;
 
