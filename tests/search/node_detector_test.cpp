@@ -126,18 +126,6 @@ TEST(node_detector, answers_like_the_plain_tree) {
     }
 }
 
-TEST(node_detector, takes_many_coincident_nodes) {
-    for (const double at : {1.5, nan}) {
-        dense2D<double> pos(3, 200001, at);
-        pos(2, 200000) = 1.25; // once it is the pivot, it parts nothing
-        const node_detector detector(pos);
-        EXPECT_EQ(detector.size(), 200001u);
-        dense1D<unsigned> found;
-        detector.find_in_box({1.5, 1.5, 1.25}, {1.5, 1.5, 1.5}, found);
-        EXPECT_EQ(found.size(), at == 1.5 ? 200001u : 0u);
-    }
-}
-
 TEST(node_detector, mixes_dimensions) {
     const auto flat = points({{0, 0}, {4, 0}}), solid = points({{0, 0, 0}, {0.5, 0, 3}});
     dense1D<unsigned> found;
