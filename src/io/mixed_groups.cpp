@@ -9,6 +9,7 @@ namespace kvx::zelvo {
 
 namespace {
 
+/// Elements of a matrix that passed check_IDs: each has as many nodes as a shape has corners.
 void append_groups(const dense2D<unsigned int>& mixed, element_type kind, std::uint64_t source,
                    std::vector<element_group>& groups) {
     dense2D<unsigned int> sorted;
@@ -19,11 +20,8 @@ void append_groups(const dense2D<unsigned int>& mixed, element_type kind, std::u
     unsigned int begin = 0;
     for (std::uint64_t g = 0; g < group_nodes.size(); ++g) {
         const unsigned int nodes = group_nodes[g];
-        const shape corners = nodes < shapes.size() ? shapes[nodes] : shape::none;
-        if (corners != shape::none) {
-            groups.push_back({sorted.sub_matrix(0, begin, nodes, group_ends[g] - begin),
-                              linear_kind_of(corners), source});
-        }
+        groups.push_back({sorted.sub_matrix(0, begin, nodes, group_ends[g] - begin),
+                          linear_kind_of(shapes[nodes]), source});
         begin = group_ends[g];
     }
 }
