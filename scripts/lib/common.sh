@@ -39,6 +39,7 @@ install_missing() {
 }
 
 # What building the library, the command and the examples takes.
+# shellcheck disable=SC2034 # the scripts that source this one use it
 build_packages=(cmake ninja-build g++ liblapack-dev libcli11-dev nlohmann-json3-dev)
 
 # configure_and_build PRESET NAME [CMAKE_OPTION...]: into build/NAME.
