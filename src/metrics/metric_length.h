@@ -92,13 +92,6 @@ struct measured_edge {
     }
 };
 
-/// 1 for an edge as long as the metric asks for, less for shorter and longer ones, 0 for one that
-/// is not measured.
-inline double folded_quality(double metric_length) {
-    if (metric_length == unmeasured) return 0;
-    return metric_length <= 1 ? metric_length : 1 / metric_length;
-}
-
 /// The edge from a to b in sizes. A node behind the last size has none.
 template <unsigned Dim>
 measured_edge measure(const dense2D<double>& pos, const dense1D<double>& sizes, unsigned int a,

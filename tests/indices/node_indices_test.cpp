@@ -1,92 +1,139 @@
-#include "meshes.h"
+#include "random_meshes.h"
 
 namespace kvx::zelvo::tests {
 
-TEST(max_ID, leaves_no_node_out) {
-    EXPECT_EQ(max_ID(dense2D<unsigned int>(0, 3)), none);
-    EXPECT_EQ(max_ID(vec({none})), 0);
-    EXPECT_EQ(max_ID(strided(columns({{2, none}, {4, 1}}), 9u)), 4);
+using entries = std::vector<unsigned>;
+
+column_list columns_of(const dense1D<unsigned>& v) {
+    return {list(v)};
+}
+column_list columns_of(const dense2D<unsigned>& m) {
+    return list(m);
 }
 
-TEST(check_IDs, accepts_no_node_anywhere_or_where_the_kind_pads) {
-    EXPECT_TRUE(check_IDs(vec({none}), 0));
-    EXPECT_FALSE(check_IDs(vec({0}), 0));
-    EXPECT_TRUE(check_IDs(strided(columns({{7}, {none}}), 8u), 8));
-    constexpr unsigned int o = none;
-    const struct {
-        std::vector<std::vector<unsigned int>> m;
-        int kind;
-        unsigned int n;
-        bool valid;
-    } cases[] = {
-        {{}, ET_NODE_MIX, 0, true},
-        {{{0}}, ET_NODE_MIX, 5, false},
-        {{{9}}, ET_EDGE_MIX, none, true},
-        {{{9}}, 21, none, true},
-        {{{0, 1, 2}, {0, 1, 3}}, ET_TRIA3, 3, false},
-        {{{0, 1, o}}, ET_TRIA3, 3, false},
-        {{{0, 1, 2, 3}}, ET_TRIA3, 9, false},
-        {{{5, 6, 7, o}, {4, 5, 6, 7}}, ET_FACE_MIX, 8, true},
-        {{{5, o, 7, 8}}, ET_FACE_MIX, 9, false},
-        {{{0, 1, 2, o}}, ET_SOLID_MIX, 4, false},
-        {{{0, 1, 2, 3, o, o}, {0, 1, 2, 3, 4, o}}, ET_SOLID_MIX, 5, true},
-        {{{0, 1, 2, 3, 4, 5, 6, o}}, ET_SOLID_MIX, 9, false},
-        {{{0, 1, 2, 3, 4, o, 6, o}}, ET_SOLID_MIX, 9, false},
-    };
-    for (const auto& [m, kind, n, valid] : cases)
-        EXPECT_EQ(check_IDs(strided(columns(m), 99u), static_cast<element_type>(kind), n), valid)
-            << testing::PrintToString(m) << " kind " << kind << " n " << n;
+/// Bounds, a map and a shift of a vector or a matrix.
+template <class Array>
+void compare_with_loops(Array a, engine& random) {
+    constexpr bool is_list = std::is_same_v<Array, dense1D<unsigned>>;
+    column_list expected = columns_of(a);
+    const entries used = used_nodes(expected);
+    ASSERT_EQ(max_ID(a), a.empty()      ? none
+                         : used.empty() ? 0
+                                        : *std::max_element(used.begin(), used.end()));
+    for (const unsigned n : {none, below(random, 9)})
+        ASSERT_EQ(check_IDs(a, n), n == none || all_below(n, expected));
+
+    auto map = random_nodes(random, below(random, 12), 9, 9);
+    if constexpr (!is_list)
+        if (below(random, 4) == 0) map = a.as_vector(); // the map is taken as it was
+    const int s = int(below(random, 11)) - 5;
+    const auto kind = element_type(below(random, 21));
+    const bool pads = is_list || kind == ET_FACE_MIX || kind == ET_SOLID_MIX;
+    for (auto& column : expected)
+        for (unsigned& e : column) {
+            if (e < map.size()) e = map[e];
+            if (!pads || e != none) e += unsigned(s);
+        }
+    change_indices(a, map);
+    if constexpr (is_list)
+        shift_indices(a, s);
+    else
+        shift_indices(a, s, kind);
+    ASSERT_EQ(columns_of(a), expected);
 }
 
-TEST(shift_indices, wraps_and_shifts_no_node_in_fixed_kinds_only) {
-    auto v = vec({0, 5, none});
-    EXPECT_EQ(shift_indices(v, -1), 0);
-    EXPECT_EQ(list(v), list(vec({none, 4, none})));
-    for (const auto& [kind, shifted] : {std::pair(ET_TRIA3, 2u), std::pair(ET_FACE_MIX, none)}) {
-        auto m = strided(columns({{1, 2, none}, {4, 5, 6}}), 0u);
-        EXPECT_EQ(shift_indices(m, 3, kind), 0);
-        EXPECT_EQ(list(m), list(columns({{4, 5, shifted}, {7, 8, 9}})));
-    }
+TEST(node_indices, are_bounded_mapped_and_shifted_as_by_plain_loops) {
+    often(3000, [](engine& random) {
+        compare_with_loops(random_nodes(random, below(random, 9), 9, 20), random);
+        compare_with_loops(random_elements(random, 9, 20), random);
+    });
 }
 
-TEST(change_indices, takes_the_map_as_it_was) {
-    unsigned int caller_memory[] = {2, 0, 77, 1, none};
-    auto m = dense2D<unsigned int>::wrap(caller_memory, 2, 2, 3);
-    change_indices(m, dense1D<unsigned int>::wrap(caller_memory, 4));
-    EXPECT_THAT(caller_memory, testing::ElementsAre(77, 2, 77, 0, none));
+TEST(check_IDs, accepts_the_columns_that_a_kind_can_have) {
+    int accepted = 0;
+    often(20000, [&](engine& random) {
+        const int kind = int(below(random, 23)) - 1;
+        const unsigned n = below(random, 4) == 0 ? none : 2 + below(random, 5);
+        const entries solids = {4, 5, 6, 8};
+        const unsigned usual = kind == ET_FACE_MIX    ? 3 + below(random, 2)
+                               : kind == ET_SOLID_MIX ? solids[below(random, 4)]
+                                                      : node_count(element_type(kind));
+        const unsigned rows = below(random, 4) == 0 ? below(random, 10) : usual;
+        auto m = random_matrix(random, rows, below(random, 4), [&] { return below(random, 2); });
+        for (unsigned k = 0; k < 3 && !m.empty(); ++k) {
+            const unsigned j = below(random, unsigned(m.cols()));
+            for (unsigned i = below(random, 2 * rows); i < rows; ++i)
+                m(i, j) = none; // padding
+            if (below(random, 5) == 0) m(below(random, rows), j) = n - below(random, 2);
+        }
+        bool valid = true;
+        for (const entries& column : list(m)) {
+            const auto end = std::find(column.begin(), column.end(), none);
+            const auto nodes = unsigned(end - column.begin());
+            const bool known =
+                all_below(n, {column}) && std::count(end, column.end(), none) == column.end() - end;
+            if (kind == ET_FACE_MIX)
+                valid = valid && known && (rows == 3 || rows == 4) && nodes >= 3;
+            else if (kind == ET_SOLID_MIX)
+                valid = valid && known && names(solids, rows) &&
+                        (nodes == rows || (nodes > 3 && nodes < 7));
+            else
+                valid = valid && (n == none || (is_element_type(kind) && nodes == rows && known &&
+                                                rows == node_count(element_type(kind))));
+        }
+        ASSERT_EQ(check_IDs(m, element_type(kind), n), valid || m.empty()) << kind << " " << n;
+        accepted += valid && !m.empty();
+    });
+    EXPECT_GT(accepted, 3000);
 }
 
 TEST(permutation, scatters_entries) {
-    const dense1D<double> storage = points({{9, 10, 20, 30, 9}}).as_vector();
-    dense1D<double> v = storage.sub_vector(1, 3);
-    permutation(v, vec({2, 0, 1}));
-    EXPECT_EQ(list(storage), (std::vector<double>{9, 20, 30, 10, 9}));
-    permutation(v, vec({1, 1, 3})); // an entry that stays does not claim its place
-    EXPECT_EQ(list(v), (std::vector<double>{20, 20, 10}));
-    auto own = vec({1, 2, 0});
-    permutation(own, own);
-    EXPECT_EQ(list(own), list(vec({0, 1, 2})));
+    often(3000, [](engine& random) {
+        auto v = random_nodes(random, below(random, 8), 90);
+        const auto perm = below(random, 5) ? random_nodes(random, below(random, 10), 8, 20) : v;
+        dense1D<double> x(v.size());
+        std::copy(v.begin(), v.end(), x.begin());
+        entries expected = list(v);
+        for (unsigned k = 0; k < std::min(v.size(), perm.size());
+             ++k) // one that stays claims no place
+            if (perm[k] < v.size() && perm[k] != k) expected[perm[k]] = v[k];
+        permutation(x, perm);
+        permutation(v, perm); // which may be v
+        ASSERT_EQ(list(v), expected);
+        ASSERT_TRUE(std::equal(x.begin(), x.end(), v.begin()));
+    });
 }
 
 TEST(unique_indices, appends_in_order_of_first_appearance) {
-    auto out = vec({7});
-    EXPECT_EQ(unique_indices(out, vec({33, 1, none, 33, 2, 7}), vec({2, 4000000000})), 0);
-    EXPECT_EQ(list(out), list(vec({7, 33, 1, 7})));
-    unique_indices(out, out); // its own source
-    EXPECT_EQ(list(out), list(vec({7, 33, 1, 7, 7, 33, 1})));
-
-    dense2D<unsigned int> range[] = {
-        strided(columns({{4000000000, 5}, {0, 5}}), 8u),
-        dense2D<unsigned int>(0, std::uint64_t{1} << 60), // its columns count for nothing
-        columns({{none - 1}, {0}, {6}})};
-    out = range[0].col(0);
-    EXPECT_EQ(unique_indices(out, range, range + 3), 0);
-    EXPECT_EQ(list(out), list(vec({4000000000, 5, 4000000000, 5, 0, none - 1, 6})));
-    EXPECT_EQ(list(range[0]), list(columns({{4000000000, 5}, {0, 5}})));
-    EXPECT_EQ(count_unique_indices(range, range + 3), 5);
-    EXPECT_EQ(unique_indices(out, range + 1, range), -3);
-    EXPECT_EQ(count_unique_indices(range + 1, range), -2);
-    EXPECT_EQ(out.size(), 7);
+    often(4000, [](engine& random) {
+        dense2D<unsigned> range[] = {random_elements(random, 12, 12),
+                                     dense2D<unsigned>(0, std::uint64_t{1} << 60), // ends at once
+                                     random_elements(random, 12, 12)};
+        const unsigned count = below(random, 4);
+        const auto excluded = random_nodes(random, below(random, 9), 12, 9);
+        const auto v = random_nodes(random, below(random, 20), 12, 12);
+        auto out = range[0].col(0), of_list = vec({7}), own = v; // views of what is read
+        const column_list first = list(range[0]);
+        column_list all = count > 0 ? first : column_list(), last = list(range[2]);
+        if (count > 2) all.insert(all.end(), last.begin(), last.end());
+        const entries used = used_nodes(all), of_v = used_nodes({list(v)});
+        entries expected = list(out), twice = list(v), listed = {7};
+        expected.insert(expected.end(), used.begin(), used.end());
+        twice.insert(twice.end(), of_v.begin(), of_v.end());
+        std::copy_if(of_v.begin(), of_v.end(), std::back_inserter(listed),
+                     [&](unsigned e) { return !names(list(excluded), e); });
+        ASSERT_EQ(count == 1 ? count_unique_indices(range[0])
+                             : count_unique_indices(range, range + count),
+                  used.size());
+        ASSERT_EQ(count == 1 ? unique_indices(out, range[0])
+                             : unique_indices(out, range, range + count),
+                  0);
+        ASSERT_EQ(list(out), expected);
+        ASSERT_EQ(list(range[0]), first);
+        ASSERT_EQ(unique_indices(of_list, v, excluded) + unique_indices(own, own), 0);
+        ASSERT_EQ(list(of_list), listed);
+        ASSERT_EQ(list(own), twice);
+    });
 }
 
 } // namespace kvx::zelvo::tests

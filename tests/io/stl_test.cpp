@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "io/files.h"
-#include "meshes.h"
+#include "random_meshes.h"
 
 namespace kvx::zelvo::tests {
 namespace {
@@ -35,19 +35,36 @@ reading read_text(const std::string& content, bool ascii = true, double toleranc
     return {scratch_file(content), ascii, tolerance};
 }
 
-TEST(StlOutput, WritesAsciiTextUnderAnyLocale) {
-    const dense2D<double> flat = strided(points({{0, 0}, {1, 0}, {0, 1}}), 7.0);
-    EXPECT_EQ(written(flat, strided(one_facet, 9u), true), R"(solid KVX
-   facet normal 0.000000e+00 0.000000e+00 1.000000e+00
-      outer loop
-         vertex 0.000000e+00 0.000000e+00 0.000000e+00
-         vertex 1.000000e+00 0.000000e+00 0.000000e+00
-         vertex 0.000000e+00 1.000000e+00 0.000000e+00
-      endloop
-   endfacet
-endsolid KVX
-)");
-    EXPECT_EQ(written(square, dense2D<unsigned int>(0, 4), true), "solid KVX\nendsolid KVX\n");
+TEST(StlOutput, WritesLikeThePlainWriter) {
+    often(1000, [](engine& random) {
+        const auto pos = random_lattice(random, 2 + below(random, 2), 9);
+        const auto conn =
+            random_matrix(random, 3, below(random, 5), [&] { return below(random, 9); });
+        std::string text = "solid KVX\n";
+        const auto add = [&](const char* words, const std::vector<double>& x) {
+            char line[99];
+            std::snprintf(line, sizeof line, "%s %e %e %e\n", words, x[0], x[1], x[2]);
+            text += line;
+        };
+        for (const auto& facet : list(conn)) {
+            std::vector<std::vector<double>> p;
+            for (const unsigned node : facet)
+                p.push_back(list(pos.col(node))), p.back().resize(3);
+            std::vector<double> n(3);
+            for (unsigned i = 0, j = 1, k = 2; i < 3; j = k, k = i++)
+                n[i] = (p[1][j] - p[0][j]) * (p[2][k] - p[0][k]) -
+                       (p[1][k] - p[0][k]) * (p[2][j] - p[0][j]);
+            const double length = std::hypot(n[0], n[1], n[2]);
+            for (double& x : n)
+                x = length > 0 ? x / length : 0;
+            add("   facet normal", n);
+            text += "      outer loop\n";
+            for (const auto& x : p)
+                add("         vertex", x);
+            text += "      endloop\n   endfacet\n";
+        }
+        ASSERT_EQ(written(pos, conn, true), text + "endsolid KVX\n");
+    });
 }
 
 TEST(StlOutput, WritesBinaryBytes) {

@@ -1,5 +1,3 @@
-#include <limits>
-
 #include "metrics/metric_length.h"
 #include "metrics/random_metrics.h"
 
@@ -8,61 +6,91 @@ namespace kvx::zelvo::tests {
 TEST(EdgeQualities, EffectiveSizes) {
     EXPECT_NEAR(effective_size(1, 1e-20), 0.02171472409516259, 1e-16);
     EXPECT_NEAR(effective_size(1.0005, 1), 1.0002499791718733, 1e-15); // by the series
-    EXPECT_EQ(folded_quality(0.5) + folded_quality(4) + folded_quality(unmeasured), 0.75);
 }
 
-// Metrics, and the sizes that round ones stand for; those of node 3 are invalid.
+constexpr long double most = std::numeric_limits<double>::max();
+
+/// Sizes or metrics for a few nodes more or less than there are, of other rows now and then.
 template <unsigned Dim>
-void measure_two_matrices(double decades) {
-    std::mt19937 random(4);
-    const auto faces = strided(columns({{0, 1, 2, none}, {2, 1, 3, 4}}), 1u);
-    const dense2D<unsigned int> range[] = {faces, columns({{4, 5, 0, 2}})};
-    const dense1D<int> kinds(2, ET_FACE_MIX);
-    dense1D<double> sizes(6);
-    dense2D<double> pos(Dim, 6), metrics(metric<Dim>::packed_size, 6);
-    std::vector<metric<Dim>> M(6);
-    for (unsigned n = 0; n < 6; ++n) {
-        sizes[n] = n == 3 ? 0 : std::exp(std::sin(9 * n));
-        std::generate_n(&pos(0, n), Dim, [&] { return std::sin(double(random())); });
-        M[n] = random_metric<Dim>(random, decades, n == 3 ? -1 : std::pow(sizes[n], -2));
-        std::copy_n(M[n].data(), metrics.rows(), &metrics(0, n));
+void compare_edges(engine& random) {
+    constexpr unsigned n = 10, rows = metric<Dim>::packed_size;
+    const bool iso = below(random, 2) == 0, fits = iso || below(random, 9) > 0;
+    const unsigned given = n - 2 + below(random, 5);
+    const double odd[] = {0, -1, nan};
+    const auto pos = random_matrix(random, Dim, n, [&] { return below(random, 9) / 4.0; });
+    dense1D<double> sizes(given), shocks;
+    dense2D<double> metrics(fits ? rows : 9 - rows, given);
+    std::vector<metric<Dim>> M(given);
+    for (unsigned k = 0; k < given; ++k) {
+        sizes[k] = below(random, 9) ? std::exp(std::sin(random())) : odd[below(random, 3)];
+        M[k] = random_metric<Dim>(random, below(random, 4), 1 / sizes[k] / std::abs(sizes[k]));
+        std::copy_n(M[k].data(), std::min(6u, unsigned(metrics.rows())), &metrics(0, k));
     }
-    misc::histogram of_sizes(0, 1, 1), of_metrics(0, 1, 1), expected(0, 1, 1);
-    for (const auto& [a, b] : {std::pair(0u, 1u), {1, 2}, {2, 0}, {4, 2}, {4, 5}, {5, 0}}) {
-        vector_fixed<double, Dim> e;
+    metrics = strided(metrics, nan);
+    const auto with_field = [&](auto&& call) { return iso ? call(sizes) : call(metrics); };
+    const auto is_valid = [&](unsigned k) {
+        return k < given && fits && (iso ? !(sizes[k] <= 0) : is_valid_metric(M[k]));
+    };
+    const auto quality_and_shock = [&](unsigned a, unsigned b) {
+        direction<Dim> e;
         for (unsigned i = 0; i < Dim; ++i)
             e[i] = pos(i, b) - pos(i, a);
-        const auto qa = double(form(M[a], e, e)), qb = double(form(M[b], e, e));
-        expected.process(std::log(qa / qb) / 2 / (1 / std::sqrt(qb) - 1 / std::sqrt(qa)));
-    }
-    metrics = strided(metrics, -1.0);
-    EXPECT_EQ(edge_qualities(pos, range, range + 2, kinds, metrics, of_metrics), -5);
-    EXPECT_EQ(edge_qualities(strided(pos, -1.0), range, range + 2, kinds, sizes, of_sizes), -5);
-    EXPECT_EQ(of_sizes.count(), expected.count());
-    EXPECT_NEAR(of_metrics.mean(), expected.mean(), 1e-12);
-    EXPECT_NEAR(decades > 0 ? expected.mean() : of_sizes.mean(), expected.mean(), 1e-12);
-}
-
-TEST(EdgeQualities, DistinctEdgesOfTwoMatrices) {
-    measure_two_matrices<2>(0);
-    measure_two_matrices<3>(3);
-}
-
-TEST(EdgeQualities, FeedsTheValidEdgesWhateverItReturns) {
-    const auto bars = columns({{0, 1}, {1, 2}, {1, 1}});
-    misc::histogram all(0, 1, 1);
-    const auto call = [&](unsigned rows, const auto& field) {
-        const dense2D<double> pos(rows, 3, 0.5);
-        return std::pair(
-            edge_qualities(pos, bars, ET_BAR2, field, all),
-            edge_qualities(pos, &bars, &bars + 1, dense1D<int>(1, ET_BAR2), field, all));
+        const auto size = [&](unsigned k) -> long double {
+            return k >= given || !fits ? nan : iso ? sizes[k] : 1 / std::sqrt(form(M[k], e, e));
+        };
+        const long double L = iso ? std::hypot(e[0], e[1], Dim > 2 ? e[Dim - 1] : 0.0) : 1;
+        const long double ha = size(a), change = size(b) - ha;
+        if (!(ha > 0 && ha + change > 0 && ha + change < inf)) return std::pair(most, most);
+        const long double mean = change == 0 ? ha : change / std::log1p(change / ha);
+        return std::pair(L / mean, L > 0 ? std::min(std::expm1(std::abs(change) / L), most) : most);
     };
-    const dense1D<double> sizes(3, NAN), few = sizes.sub_vector(0, 2); // NaN is not <= 0
-    EXPECT_EQ(call(2, dense2D<double>(6, 3, NAN)), std::pair(-4, -5)); // rows for space
-    EXPECT_EQ(call(3, dense2D<double>(6, 3, 1.0)), std::pair(0, -5));  // singular
-    EXPECT_EQ(call(2, sizes), std::pair(0, 0));
-    EXPECT_EQ(call(3, few), std::pair(-4, -5));
-    EXPECT_EQ(all.count(), 2u * (3 + 2));
+
+    dense2D<unsigned> range[2], edges;
+    dense1D<int> kinds(2);
+    for (unsigned k = 0; k < 2; ++k) {
+        do
+            kinds[k] = 3 + int(below(random, 18));
+        while (node_count(element_type(kinds[k])) == 0);
+        range[k] = random_matrix(random, node_count(element_type(kinds[k])), below(random, 4),
+                                 [&] { return below(random, n); });
+    }
+    const bool single = below(random, 2) == 0;
+    copy_edges(range, range + (single ? 1 : 2), single ? kinds.sub_vector(0, 1) : kinds, edges);
+    std::vector<long double> expected(n);
+    unsigned valid = 0;
+    for (const auto& edge : list(edges)) {
+        const auto [quality, shock] = quality_and_shock(edge[0], edge[1]);
+        for (const unsigned k : edge)
+            expected[k] = std::max(expected[k], shock);
+        if (!is_valid(edge[0]) || !is_valid(edge[1])) continue;
+        ++valid;
+        misc::histogram one(0, 1, 1);
+        with_field([&](auto& f) { return edge_qualities(pos, columns({edge}), ET_BAR2, f, one); });
+        ASSERT_NEAR(one.minimum(), double(quality), 1e-10 * double(quality));
+    }
+    const bool complete = given == n && valid == edges.cols();
+    misc::histogram all(0, 1, 1);
+    const int code = with_field([&](auto& f) {
+        return single ? edge_qualities(pos, range[0], element_type(kinds[0]), f, all)
+                      : edge_qualities(pos, range, range + 2, kinds, f, all);
+    });
+    ASSERT_EQ(code, complete || (single && range[0].empty()) ? 0
+                    : !single                                ? -5
+                    : iso || Dim == 2                        ? -4
+                                                             : 0);
+    ASSERT_EQ(all.count(), valid);
+    ASSERT_EQ(with_field([&](auto& f) { return H_shock(pos, edges, f, shocks); }), 0);
+    for (unsigned k = 0; k < shocks.size(); ++k)
+        ASSERT_NEAR(shocks[k], double(expected[k]), 1e-9 * double(expected[k]));
+    ASSERT_EQ(shocks.size(), edges.empty() ? 0u : n);
+}
+
+TEST(EdgeQualities, AndShocksFollowTheirFormulas) {
+    engine random(4);
+    for (int trial = 0; trial < 3000 && !testing::Test::HasFailure(); ++trial) {
+        compare_edges<2>(random);
+        compare_edges<3>(random);
+    }
 }
 
 } // namespace kvx::zelvo::tests

@@ -4,7 +4,7 @@ namespace kvx::zelvo::tests {
 
 /// Pairs and combinations of two metrics of all sizes and shapes, at odd trials of one alone.
 template <unsigned N>
-void expect_properties(std::mt19937& random, int trial) {
+void expect_properties(engine& random, int trial) {
     const double scale = std::pow(10.0, (trial % 5 - 2) * 152);
     const auto B = random_metric<N>(random, trial % 13, scale);
     auto A = random_metric<N>(random, trial % 11, scale * (1 + trial % 7));
@@ -33,7 +33,7 @@ void expect_properties(std::mt19937& random, int trial) {
 }
 
 TEST(metric_combination, has_its_defining_properties_and_fails_where_stated) {
-    std::mt19937 random(1);
+    engine random(1);
     for (int trial = 0; trial < 1000; ++trial) {
         expect_properties<2>(random, trial);
         expect_properties<3>(random, trial);

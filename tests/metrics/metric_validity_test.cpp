@@ -4,8 +4,6 @@
 
 namespace kvx::zelvo::tests {
 
-constexpr double nan = NAN, inf = HUGE_VAL;
-
 TEST(metric_validity, asks_for_positive_sizes_and_eigenvalues) {
     for (const double h : {1e-300, 0.0, -1.0, inf, nan}) {
         const auto sizes = points({{1, h}}).col(0);
@@ -27,7 +25,7 @@ TEST(metric_validity, asks_for_positive_sizes_and_eigenvalues) {
 
 // Nothing but time may tell that LAPACK is not asked for every matrix.
 TEST(metric_validity, agrees_with_lapack_on_nearly_singular_matrices_and_bounds) {
-    std::mt19937 random(2);
+    engine random(2);
     for (int trial = 0; trial < 20000; ++trial) {
         auto M = random_metric<3>(random, trial % 19, std::pow(10.0, trial % 617 - 316));
         if (trial % 3 == 0) M(0, 0) *= 1 - std::pow(10.0, -(trial % 17));

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cmath>
-#include <random>
 
-#include "meshes.h"
+#include "random_meshes.h"
 
 namespace kvx::zelvo::tests {
 
@@ -18,7 +17,7 @@ std::vector<double> list(const metric<N>& M) {
 }
 
 template <unsigned N>
-direction<N> random_direction(std::mt19937& random) {
+direction<N> random_direction(engine& random) {
     direction<N> u;
     for (unsigned i = 0; i < N; ++i)
         u[i] = std::normal_distribution<double>()(random);
@@ -28,7 +27,7 @@ direction<N> random_direction(std::mt19937& random) {
 /// A matrix in general position with eigenvalues between scale and scale * 10^-decades, roughly: a
 /// sum of N squares of these sizes; for 0 decades scale times the identity.
 template <unsigned N>
-metric<N> random_metric(std::mt19937& random, double decades, double scale) {
+metric<N> random_metric(engine& random, double decades, double scale) {
     metric<N> M;
     for (unsigned k = 0; k < N; ++k) {
         direction<N> u = random_direction<N>(random);

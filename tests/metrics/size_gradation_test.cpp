@@ -1,4 +1,3 @@
-#include <limits>
 #include <set>
 
 #include "metrics/random_metrics.h"
@@ -6,31 +5,13 @@
 namespace kvx::zelvo::tests {
 
 const double most = std::numeric_limits<double>::max();
-const double nan = std::numeric_limits<double>::quiet_NaN();
-
-TEST(SizeGradation, ShocksOfOneEdge) {
-    const double edges[][4] = {{1, 1, 2, M_E - 1}, {2, 1, 1.000001, 5.00000125e-7},
-                               {9, 4, 4, 0},       {0, 1, 1, most},
-                               {1, 1, 1e6, most},  {1, nan, 1, most}};
-    for (const auto& [length, h0, h1, shock] : edges) {
-        const dense2D<double> pos = strided(points({{0, 0}, {0, length}, {9, 9}}), nan);
-        dense2D<double> metrics = points({{1, 0, std::pow(h0, -2)}, {1, 0, std::pow(h1, -2)}});
-        dense1D<double> shocks(2, h0), of_metrics;
-        shocks[1] = h1;
-        ASSERT_EQ(H_shock(pos, columns({{0, 1}}), shocks, shocks), 0); // the sizes themselves
-        ASSERT_EQ(H_shock(pos, columns({{1, 0}}), strided(metrics, nan), of_metrics), 0);
-        EXPECT_NEAR(shocks[0], shock, 1e-9 * shock);
-        EXPECT_NEAR(of_metrics[1], shock, 1e-9 * shock);
-        EXPECT_EQ(list(shocks), (std::vector<double>{shocks[0], shocks[0], 0}));
-    }
-}
 
 // Quadrangles or tetrahedra over random points; their edges as tetrahedra are all pairs of nodes of
 // an element. Nodes 3, 50, 198 are listed, 0 and 1 invalid, node 199 has neither size nor metric.
 template <unsigned Dim>
 void bound_random_fields(double gradation, double decades) {
     constexpr unsigned n = 200, rows = metric<Dim>::packed_size;
-    std::mt19937 random(unsigned(1000 * gradation));
+    engine random(unsigned(1000 * gradation));
     const double odd[] = {0, nan, INFINITY};
     const std::set<unsigned> kept = {0, 1, 3, 50, 198, 199};
     dense2D<double> pos(Dim, n), metrics(rows, n), old_metrics;

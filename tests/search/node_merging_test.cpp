@@ -1,7 +1,7 @@
 #include <cmath>
 
+#include "random_meshes.h"
 #include "search/close_pairs.h"
-#include "search/clouds.h"
 
 namespace kvx::zelvo::tests {
 namespace {
@@ -68,8 +68,8 @@ TEST(merge, joins_like_the_plain_procedure) {
                 SCOPED_TRACE(testing::Message() << name << ", tol " << tol << ", round " << round);
                 const unsigned n = 1 + static_cast<unsigned>(random() % 90);
                 const auto pos = strided(cloud(2 + round % 2, n, draw, random), 7.0);
-                const auto l1 = random_list(n, n, random);
-                const auto l2 = round % 3 == 0 ? l1 : random_list(n, n, random);
+                const auto l1 = random_nodes(random, n, n);
+                const auto l2 = round % 3 == 0 ? l1 : random_nodes(random, n, n);
                 std::vector<unsigned> expected;
                 dense1D<unsigned> ids;
                 int count = plain_merge(pos, {{list(l2), list(l1)}}, tol, false, expected);
@@ -79,7 +79,7 @@ TEST(merge, joins_like_the_plain_procedure) {
                 std::vector<candidates> elements;
                 const unsigned rows = n < 10 ? 30 : 4; // the same few nodes over and over
                 for (unsigned e = 0; e < n / 2 + 1; ++e) {
-                    const auto nodes = list(random_list(rows, n, random));
+                    const auto nodes = list(random_nodes(random, rows, n));
                     elements.push_back({nodes, nodes});
                 }
                 std::vector<std::vector<unsigned>> plain;

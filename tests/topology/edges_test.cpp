@@ -1,22 +1,11 @@
 #include <set>
-#include <string>
 
-#include "topology/random_meshes.h"
+#include "random_meshes.h"
+#include "reference_shapes.h"
 
 namespace kvx::zelvo::tests {
-// the edges of one element, in local nodes
-const std::string bar = "01", triangle = "01 12 20", quadrangle = "01 12 23 30";
-const std::string tetrahedron = "01 12 20 03 13 23", pyramid = "01 12 23 30 04 14 24 34";
-const std::string wedge = "01 12 20 34 45 53 03 14 25";
-const std::string hexahedron = "01 12 23 30 45 56 67 74 04 15 26 37";
-const std::string edges_of[] = { // by kind
-    "",         "",       "",         bar,        bar,        "",          triangle,
-    quadrangle, triangle, quadrangle, quadrangle, "",         tetrahedron, tetrahedron,
-    pyramid,    pyramid,  wedge,      wedge,      hexahedron, "",          hexahedron};
-
 TEST(Edges, RandomRangesOfKinds) {
-    std::mt19937 random(3);
-    for (int trial = 0; trial < 3000; ++trial) {
+    often(3000, [](engine& random) {
         std::vector<dense2D<unsigned int>> matrices;
         dense1D<int> kinds(below(random, 4));
         column_list expected = {{8, 8}, {0, 1}}; // in the list before
@@ -27,7 +16,7 @@ TEST(Edges, RandomRangesOfKinds) {
             std::vector<element_type> shapes;
             column_list mesh = random_columns(random, element_type(kind), shapes);
             for (std::size_t e = 0; e < mesh.size(); ++e) {
-                const std::string& local = edges_of[shapes[e]];
+                const std::string local = edges_of(shapes[e]);
                 for (std::size_t k = 0; k < local.size(); k += 3) {
                     const auto from = mesh[e][unsigned(local[k] - '0')];
                     const auto to = mesh[e][unsigned(local[k + 1] - '0')];
@@ -41,7 +30,7 @@ TEST(Edges, RandomRangesOfKinds) {
         const dense2D<unsigned int>* const first = matrices.data();
         ASSERT_EQ(copy_edges(first, first + matrices.size(), kinds, edges), 0);
         ASSERT_EQ(list(edges), expected);
-    }
+    });
 }
 
 TEST(Edges, OfTheMatrixItselfAndOfMoreThanIndicesCanTell) {

@@ -1,9 +1,8 @@
-#include "topology/random_meshes.h"
+#include "random_meshes.h"
 
 namespace kvx::zelvo::tests {
 TEST(NodeGraph, RandomMeshes) {
-    std::mt19937 random(2);
-    for (int trial = 0; trial < 2000; ++trial) {
+    often(2000, [](engine& random) {
         column_list mesh(1 + below(random, 9), std::vector<unsigned int>(1 + below(random, 5)));
         unsigned int node_count = 1; // also when no node is used
         for (auto& column : mesh)
@@ -30,7 +29,7 @@ TEST(NodeGraph, RandomMeshes) {
         ASSERT_EQ(split(found, offsets), elements);
         ASSERT_EQ(get_node_graph(conn, offsets, found), 0);
         ASSERT_EQ(split(found, offsets), nodes);
-    }
+    });
 }
 
 TEST(NodeGraph, AncestorsKeptEmptyAndOversizedInput) {

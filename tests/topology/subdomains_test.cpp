@@ -1,6 +1,6 @@
 #include <numeric>
 
-#include "topology/random_meshes.h"
+#include "random_meshes.h"
 
 namespace kvx::zelvo::tests {
 /// Every element takes the lowest label among those it shares a node with, as often as it takes.
@@ -22,10 +22,10 @@ static column_list plain_parts(const column_list& mesh) {
 }
 
 TEST(Subdomains, RandomMeshes) {
-    std::mt19937 random(4);
-    for (int trial = 0; trial < 2000; ++trial) {
+    often(2000, [](engine& random) {
         const unsigned int n = below(random, 13);
-        const unsigned int scale = trial % 3 == 0 ? 170000000 : 1; // too far apart for an array
+        const unsigned int scale =
+            below(random, 3) == 0 ? 170000000 : 1; // too far apart for an array
         column_list mesh(n, std::vector<unsigned int>(3)), across = mesh, joined = mesh;
         for (unsigned int e = 0; e < n; ++e) {
             for (unsigned int i = 0; i < 3; ++i) {
@@ -50,7 +50,7 @@ TEST(Subdomains, RandomMeshes) {
             ASSERT_EQ(conn(e % 3, e / 3), mesh[order[e / 3]][e % 3]);
             ASSERT_EQ(f == none ? none : order[f], across[order[e / 3]][e % 3]);
         }
-    }
+    });
 }
 
 TEST(Subdomains, NoRowsAndNodesBeyondTheMap) {
