@@ -13,6 +13,11 @@
 /// Files for the tests of readers and writers.
 namespace kvx::zelvo::tests {
 
+inline std::string content_of(const char* name) {
+    std::ifstream file(name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 /// A file that is there while a test runs.
 class scratch_file {
 public:
@@ -25,10 +30,7 @@ public:
 
     operator const char*() const { return path_.c_str(); }
     closing_file open(const char* mode) const { return closing_file(open_file(*this, mode)); }
-    std::string content() const {
-        std::ifstream file(path_, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string content() const { return content_of(*this); }
 
 private:
     inline static int made_ = 0;
