@@ -152,6 +152,12 @@ void mix(arguments& a) {
     a.kind = a.FE2 = ET_FACE_MIX;
     a.types = a.kind;
 }
+void number(arguments& a) {
+    enlarge(a);
+    for (dense1D<double> v : {a.pos.as_vector(), a.metrics.as_vector(), a.sizes})
+        for (std::size_t i = 0; i < v.size(); ++i)
+            v[i] = std::strtod(numbers[i % numbers.size()].c_str(), nullptr);
+}
 constexpr change changes_of_arguments[] = {keep, enlarge, mix};
 
 struct outcome {
@@ -389,6 +395,40 @@ TEST(reentrancy, calls_share_inputs) {
         thread = std::thread(make_all_calls);
     for (std::thread& thread : threads)
         thread.join();
+}
+
+TEST(files, know_neither_locale_nor_rounding_mode) {
+    const std::filesystem::path comma = std::string(numbers_file) + "_comma";
+    const bool has_comma =
+        std::system(("localedef -i de_DE -f UTF-8 " + comma.string()).c_str()) == 0;
+    setenv("LOCPATH", comma.parent_path().c_str(), 1);
+    for (const call& c : calls) {
+        if (c.form.find("filename") == c.form.npos && c.form.find("stream") == c.form.npos)
+            continue;
+        for (const bool ascii : {false, true}) {
+            std::vector<std::pair<std::string, outcome>> seen;
+            for (const int mode : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+                prepared a(c, number);
+                const scratch_file target;
+                const closing_file stream = target.open("wb");
+                a.stream = stream.get();
+                a.filename = c.form.find("_input") == c.form.npos ? target : numbers_file;
+                a.ascii = ascii;
+                const std::string locale = has_comma ? comma.filename().string() : "C";
+                EXPECT_TRUE(mode == FE_TONEAREST || std::setlocale(LC_ALL, locale.c_str()));
+                std::fesetround(mode);
+                const std::int64_t result = (a.*c.make)();
+                EXPECT_EQ(std::fegetround(), mode);
+                std::fesetround(FE_TONEAREST);
+                std::setlocale(LC_ALL, "C");
+                seen.push_back({target.content(), {result, contents(a.list)}});
+                EXPECT_TRUE(seen.back() == seen.front()) << c.form << " " << mode;
+            }
+        }
+    }
+    std::filesystem::remove_all(comma);
+    unsetenv("LOCPATH");
+    if (!has_comma) GTEST_SKIP() << "not tested with a locale that has a comma";
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include <kvx/zelvo/simplification.h>
 
 #include "foundation/memory_guard.h"
+#include "io/nearest_rounding.h"
 #include "io/open_files.h"
 #include "io/text_reader.h"
 #include "io/text_writer.h"
@@ -371,6 +372,7 @@ int clean(dense2D<double>& pos, dense2D<unsigned int>& connectM, STL_report& rep
 /// may keep it waiting.
 int input(const char* filename, dense2D<double>& pos, dense2D<unsigned int>& connectM, bool ascii,
           double tolerance, bool to_the_end, STL_report& report) {
+    const nearest_rounding rounding; // also for the nodes that are taken for one
     const closing_file file = open_to_read(filename);
     if (!file) return -1;
     const std::uint64_t size = regular_file_size(filename);

@@ -5,12 +5,13 @@
 #include <string_view>
 #include <vector>
 
+#include "io/nearest_rounding.h"
 #include "io/number_text.h"
 
 namespace kvx::zelvo {
 
-/// Reads an open file in blocks, in the manner of scanf but whatever the locale says. Lines and
-/// numbers may have any length, bytes any value, and the file may be a pipe; the memory is one
+/// Reads an open file in blocks, in the manner of scanf but whatever the locale says, and rounds to
+/// nearest while it lives. Lines and numbers may have any length, bytes any value, and the file may be a pipe; the memory is one
 /// block, or the longest number or line() where that is longer. Members throw std::bad_alloc.
 ///
 /// What does not match stays unread from its first differing character on.
@@ -48,6 +49,7 @@ private:
     char peek(std::size_t i) { return available(i + 1) ? buffer_[at_ + i] : '\0'; }
     std::size_t number_length();
 
+    nearest_rounding rounding_;
     std::FILE* file_;
     std::vector<char> buffer_;
     std::size_t at_ = 0;       ///< place of the next unread byte in the buffer

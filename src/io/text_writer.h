@@ -5,12 +5,13 @@
 #include <cstdio>
 #include <string_view>
 
+#include "io/nearest_rounding.h"
 #include "io/open_files.h"
 
 namespace kvx::zelvo {
 
 /// Writes text through a buffer of its own to an open file, in the forms of printf but whatever the
-/// locale says. Throws nothing and allocates nothing. The file is neither flushed nor closed.
+/// locale says, and rounds to nearest while it lives. Throws nothing and allocates nothing. The file is neither flushed nor closed.
 class text_writer {
 public:
     explicit text_writer(std::FILE* file) noexcept
@@ -46,6 +47,7 @@ private:
     /// Ends the number that was written from room() on.
     void end_number(const char* end, int width) noexcept;
 
+    nearest_rounding rounding_;
     std::FILE* file_;
     std::size_t size_ = 0;
     bool failed_ = false;
