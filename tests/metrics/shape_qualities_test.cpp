@@ -64,7 +64,7 @@ real plain_quadrangle(const std::vector<point3>& P, bool in_plane, real perimete
         least = std::min(least, N * n);
         if (!in_plane) largest = std::max(largest, norm(N) / 4);
     }
-    const auto [dmin, dmax] = std::minmax(norm(d0), norm(d1));
+    const auto [dmin, dmax] = std::minmax({norm(d0), norm(d1)});
     L = std::max(L, dmax);
     return quotient(4 * std::sqrt(2.0L * quotient(dmin, dmax)) * quotient(least, largest),
                     L * perimeter);
