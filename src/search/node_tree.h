@@ -319,7 +319,8 @@ private:
                 places[known].record = fresh;
                 places[known].axis = next(axis);
             }
-            if (!slots && steps > long_path) slots.emplace(static_cast<std::uint64_t>(last - first));
+            if (!slots && steps > long_path)
+                slots.emplace(static_cast<std::uint64_t>(last - first));
         }
     }
 
