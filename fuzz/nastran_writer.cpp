@@ -18,7 +18,10 @@ std::vector<element> returning(std::vector<element> all) {
 void examine_call(const std::string& function, const arguments& before, arguments&,
                   std::int64_t result) {
     if (function != "NASTRAN_output" || result != 0) return;
-    const std::vector<element> written = elements_of(before);
+    std::vector<element> written = elements_of(before);
+    // One property a matrix is taken for one an element: two in the first matrix get one each.
+    for (std::size_t j = 0; j < written.size() && !before.takes("props"); ++j)
+        written[j].property = static_cast<unsigned int>(j + 1);
     if (output_file.size() == 0) return demand(written.empty(), "elements are written");
     grouped_mesh mesh;
     NASTRAN_input(output_file.path(), mesh.pos, mesh.connectM, mesh.offsets, mesh.FEs, mesh.props);
