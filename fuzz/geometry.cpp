@@ -43,8 +43,7 @@ void examine_call(const std::string& function, const arguments& before, argument
                 demand(check_IDs(*m, bound(after.pos.cols())), "elements name nodes that are kept");
     }
     if (function == "clip" && result == 0 && !before.conn.empty())
-        for (std::uint64_t j = before.kept_conn.empty() ? 0 : before.kept_conn.cols();
-             j < after.kept_conn.cols(); ++j)
+        for (std::uint64_t j = before.kept_conn.cols(); j < after.kept_conn.cols(); ++j)
             demand(has_column(before.conn, after.kept_conn.col(j)), "kept elements are whole");
     if (function.starts_with("copy") && result == 0 && !before.pos.empty()) {
         demand(after.pos.cols() >= before.pos.cols(), "nodes are added");

@@ -68,7 +68,7 @@ void examine_call(const std::string& function, const arguments& before, argument
                "every element is in one part");
     }
     if (function == "get_subdomains" && after.takes("neighbors"))
-        examine_lists(after.offsets, before.conn.cols());
+        examine_lists(after.offsets, elements);
 }
 
 } // namespace kvx::zelvo::fuzzing
