@@ -85,7 +85,8 @@ constexpr std::uint64_t bytes_per_node = 3 * sizeof(double);
 constexpr std::uint64_t largest_block = std::uint64_t{32} << 20;
 
 /// Runs a reader and demands that it took at most 64 bytes for each byte of the file and 16 MiB,
-/// besides the nodes whose numbers need not follow each other. Without the address sanitizer nothing is counted.
+/// besides the nodes whose numbers need not follow each other. Without the address sanitizer nothing
+/// is counted.
 template <class Read>
 int read_within_limit(std::size_t size, Read&& read, std::uint64_t sparse_nodes = 0) {
     const std::int64_t before = most_bytes_in_use = bytes_in_use.load();

@@ -11,8 +11,9 @@
 namespace kvx::zelvo {
 
 /// Reads an open file in blocks, in the manner of scanf but whatever the locale says, and rounds to
-/// nearest while it lives. Lines and numbers may have any length, bytes any value, and the file may be a pipe; the memory is one
-/// block, or the longest number or line() where that is longer. Members throw std::bad_alloc.
+/// nearest while it lives. Lines and numbers may have any length, bytes any value, and the file may
+/// be a pipe; the memory is one block, or twice the longest number or line() where that is longer.
+/// Members throw std::bad_alloc.
 ///
 /// What does not match stays unread from its first differing character on.
 class text_reader {

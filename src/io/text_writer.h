@@ -11,7 +11,8 @@
 namespace kvx::zelvo {
 
 /// Writes text through a buffer of its own to an open file, in the forms of printf but whatever the
-/// locale says, and rounds to nearest while it lives. Throws nothing and allocates nothing. The file is neither flushed nor closed.
+/// locale says, and rounds to nearest while it lives. Throws nothing and allocates nothing. The file
+/// is neither flushed nor closed.
 class text_writer {
 public:
     explicit text_writer(std::FILE* file) noexcept

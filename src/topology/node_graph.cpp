@@ -77,12 +77,28 @@ void walk_graph(const dense2D<unsigned int>& conn, const compressed& elements,
     }
 }
 
+/// Refuses an element whose different nodes alone make more entries of the graph than offsets tell,
+/// before as many pairs of nodes are walked. The marker has an entry for each node.
+void need_countable_pairs(const dense2D<unsigned int>& conn, std::vector<unsigned int>& marker) {
+    constexpr std::uint64_t harmless_rows = 65536;
+    if (conn.rows() <= harmless_rows) return;
+    std::fill(marker.begin(), marker.end(), no_node);
+    unsigned int element = no_node;
+    std::uint64_t others = 0; // of each node of the element
+    walk_nodes(conn, [&](unsigned int e, unsigned int n) {
+        if (std::exchange(marker[n], e) == e) return;
+        others = std::exchange(element, e) == e ? others + 1 : 0;
+        list_offset(others * (others + 1));
+    });
+}
+
 compressed node_graph(const dense2D<unsigned int>& conn) {
     compressed elements = elements_by_node(conn);
     if (conn.empty()) return elements;
     compressed graph;
     need(graph.offsets.resize(elements.offsets.size()));
     std::vector<unsigned int> marker(elements.offsets.size() - 1);
+    need_countable_pairs(conn, marker);
 
     std::uint64_t total = 0;
     walk_graph(

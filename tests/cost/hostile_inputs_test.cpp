@@ -1,4 +1,5 @@
 #include <functional>
+#include <numeric>
 
 #include <sys/resource.h>
 
@@ -81,6 +82,14 @@ TEST(hostile_inputs, cost_little_more_than_friendly_ones_and_no_deep_stack) {
             EXPECT_LT(steps_of(calls[c], meshes[k]), 8 * friendly)
                 << "call " << c << ", mesh " << k;
     }
+
+    mesh huge; // one element, of more pairs of nodes than 32 bits count
+    huge.conn = dense2D<unsigned int>(70000, 1);
+    std::iota(huge.conn.data(), huge.conn.data() + huge.conn.rows(), 0u);
+    void (*const refused)(mesh&) = [](mesh& m) {
+        EXPECT_EQ(get_node_graph(m.conn, m.offsets, m.list), -199);
+    };
+    EXPECT_LT(steps_of(refused, huge), 20 * huge.conn.rows());
 }
 
 } // namespace kvx::zelvo::tests

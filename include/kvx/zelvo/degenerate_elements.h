@@ -15,8 +15,8 @@ namespace kvx::zelvo {
 ///          A padded triangle has one and stays; a tetrahedron in 8 rows has four and goes.
 ///
 /// Returns the number of elements removed (at most 2147483647), or -199 when memory runs out or conn
-/// has more than 4294967295 columns, with conn unchanged. Linear in the number of entries for up to 8 rows; n rows above that are sorted,
-/// n log n an element.
+/// has more than 4294967295 columns, with conn unchanged. Linear in the number of entries for up to
+/// 8 rows; n rows above that are sorted, n log n an element.
 KVX_ZELVO_API int remove_degenerated(dense2D<unsigned int>& conn, dense1D<unsigned int>& new_IDs,
                                      bool strict) noexcept;
 
