@@ -22,7 +22,13 @@ inline std::uint64_t mixed_bits(std::uint64_t x) {
 class hash_slots {
 public:
     /// Room for at most `count` values. Throws std::bad_alloc.
-    explicit hash_slots(std::uint64_t count) { slots_.resize(slot_count(count), no_node); }
+    explicit hash_slots(std::uint64_t count)
+        : slots_(slot_count(count), no_node)
+        , seed_(mixed_bits(reinterpret_cast<std::uintptr_t>(slots_.data()))) {}
+
+    /// What every hash for this table begins with. Made of the place of the table in memory, which
+    /// nobody can foresee who makes up values to share a slot; no result depends on it.
+    std::uint64_t seed() const { return seed_; }
 
     /// The stored value v with equal(v), or no_node.
     template <class Equal>
@@ -62,6 +68,7 @@ private:
     }
 
     std::vector<unsigned int> slots_;
+    std::uint64_t seed_;
 };
 
 } // namespace kvx::zelvo

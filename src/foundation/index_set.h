@@ -26,9 +26,9 @@ public:
             word |= bit;
             return fresh;
         }
-        return table_.find_or_insert(mixed_bits(index), index, [index](unsigned int other) {
-            return other == index;
-        }) == no_node;
+        const std::uint64_t hash = mixed_bits(table_.seed() + index);
+        const auto equal = [index](unsigned int other) { return other == index; };
+        return table_.find_or_insert(hash, index, equal) == no_node;
     }
 
 private:

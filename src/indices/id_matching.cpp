@@ -37,8 +37,8 @@ struct turned_column {
         }
         return true;
     }
-    std::uint64_t hash() const {
-        std::uint64_t mixed = 0;
+    std::uint64_t hash(std::uint64_t seed) const {
+        std::uint64_t mixed = seed;
         for (std::uint64_t k = 0; k < rows; ++k)
             mixed = mixed_bits(mixed ^ (*this)[k]);
         return mixed;
@@ -78,11 +78,12 @@ int get_IDs(const dense1D<unsigned int>& A, const dense1D<unsigned int>& B,
             return [=](unsigned int i) { return values[i] == value; };
         };
         hash_slots places(first.size());
+        const auto hash = [&](unsigned int value) { return mixed_bits(places.seed() + value); };
         for (unsigned int i = 0; i < first.size(); ++i) {
-            if (values[i] != no_node) places.assign(mixed_bits(values[i]), i, holds(values[i]));
+            if (values[i] != no_node) places.assign(hash(values[i]), i, holds(values[i]));
         }
         const auto place_of = [&](std::uint64_t j) {
-            return places.find(mixed_bits(second[j]), holds(second[j]));
+            return places.find(hash(second[j]), holds(second[j]));
         };
         return match(first.size(), second.size(), place_of, B_in_A, A_in_B);
     });
@@ -105,11 +106,11 @@ int get_IDs(const dense2D<unsigned int>& E1, const dense2D<unsigned int>& E2,
         hash_slots places(first.cols());
         for (unsigned int i = 0; i < first.cols(); ++i) {
             const turned_column own = element(i);
-            places.find_or_insert(own.hash(), i, equals(own));
+            places.find_or_insert(own.hash(places.seed()), i, equals(own));
         }
         const auto place_of = [&](std::uint64_t j) {
             const turned_column sought(second, j, exact_order);
-            return places.find(sought.hash(), equals(sought));
+            return places.find(sought.hash(places.seed()), equals(sought));
         };
         return match(first.cols(), second.cols(), place_of, E2_in_E1, E1_in_E2);
     });

@@ -329,8 +329,9 @@ struct listed_nodes {
 template <unsigned Dim>
 std::vector<std::array<unsigned int, 2>> take_out_coincident(const dense2D<double>& pos,
                                                              listed_nodes& listed) {
+    hash_slots places(listed.nodes.size());
     const auto hash = [&](unsigned int node) {
-        std::uint64_t bits = listed.roles[node];
+        std::uint64_t bits = places.seed() + listed.roles[node];
         // Adding 0 makes the two zeros one.
         for (unsigned i = 0; i < Dim; ++i)
             bits = mixed_bits(bits + std::bit_cast<std::uint64_t>(pos(i, node) + 0.0));
@@ -342,7 +343,6 @@ std::vector<std::array<unsigned int, 2>> take_out_coincident(const dense2D<doubl
             same &= pos(i, a) == pos(i, b);
         return same;
     };
-    hash_slots places(listed.nodes.size());
     std::vector<std::array<unsigned int, 2>> coincident;
     std::erase_if(listed.nodes, [&](unsigned int node) {
         if (!is_finite<Dim>(&pos(0, node))) return false; // infinite coordinates have no distance 0

@@ -297,7 +297,7 @@ private:
             unsigned axis = root_axis;
             unsigned int known = no_node;
             if (slots) {
-                known = slots->find_or_insert(hash(first->x),
+                known = slots->find_or_insert(hash(first->x, slots->seed()),
                                               static_cast<unsigned int>(places.size()), same);
                 if (known == no_node) {
                     known = static_cast<unsigned int>(places.size());
@@ -327,8 +327,7 @@ private:
     static std::uint64_t bits(double x) {
         return std::isnan(x) ? ~std::uint64_t{0} : std::bit_cast<std::uint64_t>(x + 0.0);
     }
-    static std::uint64_t hash(const point& x) {
-        std::uint64_t h = 0;
+    static std::uint64_t hash(const point& x, std::uint64_t h) {
         for (const double c : x)
             h = mixed_bits(h + bits(c));
         return h;

@@ -1,8 +1,11 @@
+#include <bit>
 #include <functional>
 #include <numeric>
 
 #include <sys/resource.h>
 
+#include "foundation/appending.h"
+#include "foundation/hashing.h"
 #include "meshes.h"
 
 /// The compiler's hook at the head of every basic block of the library's sources in this program.
@@ -90,6 +93,20 @@ TEST(hostile_inputs, cost_little_more_than_friendly_ones_and_no_deep_stack) {
         EXPECT_EQ(get_node_graph(m.conn, m.offsets, m.list), -199);
     };
     EXPECT_LT(steps_of(refused, huge), 100 * huge.conn.rows());
+
+    mesh alike; // whose hashes by themselves have the same low bits
+    alike.conn.resize(1, 0), alike.pos.resize(2, 0);
+    for (unsigned int i = 1u << 31; alike.conn.cols() < 2048; ++i)
+        if (mixed_bits(i) % 4096 == 0) append_columns(alike.conn, 1, 1, i);
+    const std::uint64_t first = mixed_bits(3 + std::bit_cast<std::uint64_t>(1.0));
+    for (double y = 1; alike.pos.cols() < 2048; ++y)
+        if (mixed_bits(first + std::bit_cast<std::uint64_t>(y)) % 4096 == 0) {
+            append_columns(alike.pos, 2, 1, 1.0);
+            alike.pos(1, alike.pos.cols() - 1) = y;
+        }
+    EXPECT_LT(steps_of(calls[0], alike), 100u * 2048) << "distinct indices";
+    void (*const merge_places)(mesh&) = [](mesh& m) { merge(m.pos, 0); };
+    EXPECT_LT(steps_of(merge_places, alike), 1000u * 2048) << "distinct places";
 }
 
 } // namespace kvx::zelvo::tests
