@@ -44,7 +44,8 @@ KVX_ZELVO_API int merge(const dense2D<double>& pos, const dense1D<unsigned int>&
 /// flags        0: any two nodes of the elements may be joined, the node met first in the elements
 ///              (matrix by matrix, column by column, row by row) surviving; 1: only nodes of one
 ///              element, which collapses short edges, the pairs of one distance in the order of
-///              elements and rows of their survivors; 2: as 1, repeated until nothing merges
+///              elements and rows of their survivors; 2: as 1, repeated until nothing merges, on
+///              chains of elements made for it as often as there are nodes
 ///
 /// Returns the number of nodes absorbed, or, in the order checked: 0 when pos has no columns or the
 /// range is empty; -1 pos has neither 2 nor 3 rows; -3 last comes before first; -5 tol is negative
