@@ -1,24 +1,32 @@
-#include "meshes.h"
+#include "random_meshes.h"
 
 namespace kvx::zelvo::tests {
 
-TEST(remove_degenerated, tells_by_real_nodes_and_strictly_by_empty_rows_too) {
-    constexpr unsigned int o = none;
-    for (const bool many_rows : {false, true}) {
-        std::vector<std::vector<unsigned int>> elements = {
-            {4, 3, 2, 4}, {0, 1, 2, o}, {3, 3, o, o}, {1, 2, o, o}, {5, 6, 7, 8}};
-        for (auto& element : elements) // more rows than are compared by pairs
-            if (many_rows) element.insert(element.begin(), {14, 13, 12, 11, 10, 9});
-        const auto before = strided(columns(elements), 99u);
-        auto conn = before;
-        auto new_IDs = conn.col(0); // the map may be a view of the elements
-        EXPECT_EQ(remove_degenerated(conn, new_IDs, false), 2);
-        EXPECT_EQ(list(new_IDs), list(vec({o, 0, o, 1, 2})));
-        EXPECT_EQ(list(conn), list(columns({elements[1], elements[3], elements[4]})));
-        EXPECT_EQ(list(before)[4], elements[4]); // behind the kept elements nothing is written
-        EXPECT_EQ(remove_degenerated(conn, new_IDs, true), 1);
-        EXPECT_EQ(list(new_IDs), list(vec({0, o, 1})));
-    }
+TEST(remove_degenerated, removes_columns_with_a_repeated_entry) {
+    often(4000, [](engine& random) {
+        const unsigned rows = 1 + below(random, 11); // up to 8 are compared by pairs
+        auto conn = random_matrix(random, rows, 1 + below(random, 8),
+                                  [&] { return any_node(random, 1 + rows * rows / 2, rows); });
+        const auto view = conn;
+        const column_list before = list(conn);
+        const bool strict = below(random, 2) == 0;
+        column_list expected;
+        std::vector<unsigned> map;
+        for (auto element : before) {
+            if (!strict) std::erase(element, none);
+            std::sort(element.begin(), element.end());
+            const bool twice = std::adjacent_find(element.begin(), element.end()) != element.end();
+            map.push_back(twice ? none : unsigned(expected.size()));
+            if (!twice) expected.push_back(before[map.size() - 1]);
+        }
+        dense1D<unsigned> new_IDs;
+        ASSERT_EQ(remove_degenerated(conn, new_IDs, strict), before.size() - expected.size());
+        ASSERT_EQ(list(conn), expected);
+        ASSERT_EQ(list(new_IDs), map);
+        // behind the kept elements nothing is written
+        expected.insert(expected.end(), before.begin() + int(expected.size()), before.end());
+        ASSERT_EQ(list(view), expected);
+    });
 }
 
 } // namespace kvx::zelvo::tests

@@ -1,57 +1,67 @@
-#include <cmath>
-#include <numbers>
-
-#include "meshes.h"
+#include "random_meshes.h"
 
 namespace kvx::zelvo::tests {
 
-TEST(copy_mesh, appends_the_nodes_in_order_of_first_appearance) {
-    auto pos = strided(points({{0, 5}, {1, 6}, {2, 7}, {3, 8}}), 0.5);
-    auto conn = strided(columns({{3, 1, none}, {1, 3, 0}}), 2u);
-    auto copied = columns({{9, 9}, {9, 9}, {9, 9}});
-    EXPECT_EQ(copy_mesh(pos, copied, conn), 0);
-    EXPECT_EQ(list(copied), list(columns({{4, 5, none}, {5, 4, 6}})));
-    EXPECT_EQ(list(pos), list(points({{0, 5}, {1, 6}, {2, 7}, {3, 8}, {3, 8}, {1, 6}, {0, 5}})));
-    EXPECT_EQ(copy_mesh(pos, conn, conn), 0);
-    EXPECT_EQ(list(conn), list(columns({{7, 8, none}, {8, 7, 9}})));
+/// One copy, copies in a pattern or a mirror image. How nodes turn and move is tested elsewhere.
+template <unsigned Dim, class Angle>
+void compare_copies(engine& random) {
+    const unsigned n = below(random, 8), form = below(random, 3);
+    const unsigned times = form == 1 ? below(random, 4) : 1;
+    auto pos = random_lattice(random, below(random, 5), n);
+    const auto conn = random_elements(random, n);
+    auto copies = random_matrix(random, below(random, 6), below(random, 3), [] { return 9u; });
+    if (below(random, 2) == 0) copies = conn;
+    vector_fixed<double, Dim> T(0.25), N(1.5);
+    const vector_fixed<double, Dim> C(0.75);
+    T[0] = below(random, 3), N[Dim - 1] = below(random, 9) - 4.;
+    const double angle = one_of(random, {0.0, 0.5});
+    const bool idle = times == 0 || (form > 0 && pos.empty());
+    const auto nodes = used_nodes(list(conn));
+    column_list expected = idle || form == 1 ? list(copies) : column_list();
+    dense2D<double> x;
+    x.copy(pos);
+    if (!idle && form == 2 && x.rows() < Dim) x.resize(Dim, n, 0.0);
+    for (unsigned i = 1; !idle && i <= times; ++i) {
+        const auto first = unsigned(x.cols());
+        dense1D<unsigned> added(nodes.size());
+        x.resize(x.rows(), first + nodes.size());
+        for (unsigned k = 0; k < nodes.size(); ++k) {
+            double distance = 0, square = 0;
+            for (unsigned l = 0; form == 2 && l < Dim; square += N[l] * N[l], ++l)
+                distance += (x(l, nodes[k]) - C[l]) * N[l];
+            for (unsigned l = 0; l < x.rows(); ++l)
+                x(l, first + k) =
+                    x(l, nodes[k]) - (form == 2 && l < Dim ? 2 * distance * N[l] / square : 0);
+            added[k] = first + k;
+        }
+        auto shift = T;
+        for (unsigned l = 0; l < Dim; ++l)
+            shift[l] *= i;
+        if (form == 1) rotate(x, C, Angle(i * angle), added);
+        if (form == 1) translate(x, shift, added);
+        for (auto element : list(conn)) {
+            for (unsigned& node : element)
+                if (node != none)
+                    node = first + unsigned(std::ranges::find(nodes, node) - nodes.begin());
+            if (!element.empty()) expected.push_back(element);
+        }
+    }
+    for (auto& element : expected)
+        if (!idle && form == 1) element.resize(std::max(copies.rows(), conn.rows()), none);
+    ASSERT_EQ(form == 0   ? copy_mesh(pos, copies, conn)
+              : form == 1 ? copy_mesh(pos, copies, T, C, Angle(angle), times, conn)
+                          : copy_sym_mesh(pos, copies, C, N, conn),
+              0);
+    ASSERT_TRUE(alike(pos, x, 1e-13));
+    ASSERT_TRUE(list(copies) == expected || (copies.empty() && expected.empty()));
 }
 
-// Copy i is turned i steps, then shifted i steps; copies come behind the elements that are there.
-TEST(copy_mesh, repeats_turned_and_shifted_copies) {
-    const double right = std::numbers::pi / 2;
-    auto plane = points({{7, 7}, {2, 1}}), space = points({{7}, {2}});
-    auto in_plane = columns({{0, 1, 0}}), in_space = columns({{1, none}});
-    copy_mesh(plane, in_plane, {10.0, 0.0}, {1.0, 1.0}, right, 3, in_space);
-    copy_mesh(space, in_space, {9.0, 0.0, 5.0}, {1.0, 0.0, 0.0}, {0.0, 0.0, right}, 3, in_space);
-    EXPECT_EQ(list(in_plane.col(3)), list(vec({4, none, none})));
-    EXPECT_EQ(list(in_space), list(columns({{1, none}, {2, none}, {3, none}, {4, none}})));
-    const double flat[] = {7, 7, 2, 1, 11, 2, 20, 1, 31, 0};
-    const double high[] = {7, 0, 0, 2, 0, 0, 10, 1, 5, 18, 0, 10, 28, -1, 15};
-    EXPECT_THAT(list(plane.as_vector()), testing::Pointwise(testing::DoubleNear(1e-14), flat));
-    EXPECT_THAT(list(space.as_vector()), testing::Pointwise(testing::DoubleNear(1e-14), high));
-}
-
-TEST(copy_sym_mesh, mirrors_about_a_line_or_a_plane) {
-    auto pos = points({{5, 3}, {2, 4}});
-    auto copied = columns({{9}});
-    EXPECT_EQ(copy_sym_mesh(pos, copied, {0.0, 1.0}, {0.0, 2.0}, columns({{0, none}})), 0);
-    EXPECT_EQ(list(copied), list(columns({{2, none}})));
-    EXPECT_EQ(copy_sym_mesh(pos, copied, {0.0, 0.0, 1.0}, {2.0, 0.0, 2.0}, columns({{1}})), 0);
-    EXPECT_EQ(list(pos), list(points({{5, 3, 0}, {2, 4, 0}, {5, -1, 0}, {1, 4, -1}})));
-}
-
-TEST(mesh_copies, change_nothing_when_they_refuse_and_end_with_nothing_to_copy) {
-    const vector_fixed<double, 2> up(0.0, 1.0), nan(0.0, std::nan(""));
-    const auto bad = columns({{0, 2}}), of_no_row = dense2D<unsigned int>(0, 1ull << 60);
-    dense2D<double> pos = points({{1}, {2}});
-    auto out = columns({{9}});
-    EXPECT_EQ(copy_mesh(pos, out, up, up, 1.0, 2, bad), -2);
-    EXPECT_EQ(copy_sym_mesh(pos, out, up, nan, bad), -4);
-    EXPECT_EQ(list(pos), list(points({{1}, {2}})));
-    EXPECT_EQ(copy_mesh(pos, out, up, up, 1.0, none, of_no_row), 0) << "and ends at once";
-    EXPECT_EQ(list(pos), list(points({{1, 0}, {2, 0}}))) << "turned, so with its rows";
-    EXPECT_EQ(copy_mesh(pos, out, up, up, 1.0, 2, dense2D<unsigned int>(2, 0)), 0);
-    EXPECT_EQ(list(out), list(columns({{9, none}})));
+TEST(mesh_copies, append_what_plain_loops_do) {
+    often(8000, compare_copies<2, double>);
+    often(8000, compare_copies<3, vector_fixed<double, 3>>);
+    dense2D<double> pos = points({{1}, {2}}); // many copies of nothing end at once
+    dense2D<unsigned> out, of_no_row(0, 1ull << 60);
+    EXPECT_EQ(copy_mesh(pos, out, {0.0, 1.0}, {0.0, 1.0}, 1.0, none, of_no_row), 0);
 }
 
 } // namespace kvx::zelvo::tests

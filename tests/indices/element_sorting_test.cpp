@@ -1,35 +1,41 @@
-#include "meshes.h"
+#include "random_meshes.h"
 
 namespace kvx::zelvo::tests {
 
-TEST(sort_elfes, groups_faces_and_renumbers_references) {
-    dense2D<unsigned int> conn = strided(
-        columns({{0, 1, 2, 3}, {1, 4, 2, none}, {none, 9, 9, 9}, {5, 6, 7, 8}, {4, 6, 5, none}}),
-        none);
-    // 5 is no element; element 2 is dropped
-    dense2D<unsigned int> refs = columns({{1, none}, {0, 4}, {2, 2}, {2, 5}, {3, 1}});
-    dense1D<unsigned int> group_nodes = conn.col(0), group_ends = vec({9}), new_IDs;
-    EXPECT_EQ(sort_elfes(conn, refs, group_nodes, group_ends, new_IDs), 0);
-    EXPECT_EQ(list(conn),
-              list(columns({{1, 4, 2, none}, {4, 6, 5, none}, {0, 1, 2, 3}, {5, 6, 7, 8}})));
-    EXPECT_EQ(list(refs), list(columns({{2, 1}, {3, 0}, {0, none}, {none, 5}})));
-    EXPECT_EQ(list(group_nodes), list(vec({3, 4})));
-    EXPECT_EQ(list(group_ends), list(vec({2, 4})));
-    EXPECT_EQ(list(new_IDs), list(vec({2, 0, none, 3, 1})));
-}
-
-TEST(sort_elfes, refuses_references_of_another_count_and_drops_all_without_nodes) {
-    dense2D<unsigned int> conn = columns({{none, 1}, {none, 2}}), refs = columns({{0}});
-    dense1D<unsigned int> group_nodes = vec({7}), group_ends, new_IDs;
-    EXPECT_EQ(sort_elfes(conn, refs, group_nodes, group_ends, new_IDs), -1);
-    EXPECT_TRUE(conn.cols() == 2 && group_nodes[0] == 7);
-    EXPECT_EQ(sort_elfes(conn, group_nodes, group_ends, new_IDs), 0);
-    EXPECT_EQ(conn.cols(), 0);
-    EXPECT_EQ(list(group_nodes), list(vec({none})));
-    EXPECT_EQ(list(group_ends), list(vec({0})));
-    EXPECT_EQ(list(new_IDs), list(vec({none, none})));
-    dense2D<unsigned int> no_elements(std::uint64_t{1} << 60, 0);
-    EXPECT_EQ(sort_elfes(no_elements, group_nodes, group_ends, new_IDs), 0);
+TEST(sort_elfes, is_a_stable_sort_by_the_number_of_nodes) {
+    often(5000, [](engine& random) {
+        auto conn = random_elements(random, 9);
+        const auto n = unsigned(conn.cols());
+        auto refs =
+            random_matrix(random, below(random, 4), n, [&] { return any_node(random, n + 2); });
+        const column_list before = list(conn), old_refs = list(refs);
+        std::vector<unsigned> sizes, order = identity(n), groups, ends, map(n, none);
+        for (const auto& e : before)
+            sizes.push_back(unsigned(std::find(e.begin(), e.end(), none) - e.begin()));
+        std::erase_if(order, [&](unsigned j) { return sizes[j] == 0; });
+        std::ranges::stable_sort(order, {}, [&](unsigned j) { return sizes[j]; });
+        column_list elements, moved;
+        for (unsigned k = 0; k < order.size(); ++k) {
+            map[order[k]] = k;
+            elements.push_back(before[order[k]]);
+            moved.push_back(old_refs[order[k]]);
+            if (!names(groups, sizes[order[k]])) groups.push_back(sizes[order[k]]);
+            ends.resize(groups.size());
+            ends.back() = k + 1;
+        }
+        for (auto& column : moved)
+            for (unsigned& e : column)
+                e = e < n ? map[e] : e;
+        if (groups.empty()) groups = {none}, ends = {0};
+        dense1D<unsigned> new_IDs, group_ends, group_nodes;
+        ASSERT_EQ(refs.empty() ? sort_elfes(conn, group_nodes, group_ends, new_IDs)
+                               : sort_elfes(conn, refs, group_nodes, group_ends, new_IDs),
+                  0);
+        ASSERT_EQ(list(conn), elements);
+        ASSERT_EQ(list(refs), refs.rows() > 0 ? moved : old_refs);
+        ASSERT_EQ((column_list{list(group_nodes), list(group_ends), list(new_IDs)}),
+                  (column_list{groups, ends, map}));
+    });
 }
 
 } // namespace kvx::zelvo::tests

@@ -1,32 +1,59 @@
 #pragma once
 
-#include <numeric>
+#include "io/files.h"
+#include "random_meshes.h"
 
-#include "meshes.h"
-
-/// What the tests of writers of ranges have in common; write(pos, first, last, FEs) calls one.
+/// What the comparisons of writers of ranges with plain ones have in common.
 namespace kvx::zelvo::tests {
 
-/// Writes an element of nodes 0, 1, 2, ... of each kind, the kind's value being its place; of mixed
-/// kinds one of each shape, largest first, of quadratic triangles two. All views have a stride and
-/// an offset.
-template <class Write>
-int write_every_kind(const dense2D<double>& pos, Write&& write) {
-    dense1D<int> FEs(21);
-    std::iota(FEs.begin(), FEs.end(), 0);
-    std::vector<dense2D<unsigned int>> matrices;
-    for (const int kind : FEs) {
-        std::vector<unsigned int> sizes = {node_count(static_cast<element_type>(kind))};
-        if (kind == ET_FACE_MIX) sizes = {4, 3};
-        if (kind == ET_TRIA6) sizes = {6, 6};
-        if (kind == ET_SOLID_MIX) sizes = {8, 6, 5, 4};
-        dense2D<unsigned int> elements(sizes[0], sizes.size(), none);
-        for (std::size_t j = 0; j < sizes.size(); ++j)
-            std::iota(elements.data() + j * sizes[0], elements.data() + j * sizes[0] + sizes[j],
-                      0u);
-        matrices.push_back(strided(elements, 99u));
-    }
-    return write(strided(pos, 9.0), matrices.data(), matrices.data() + matrices.size(), FEs);
+/// What printf writes, which does not follow the tests' locale.
+template <class... Numbers>
+std::string text(const char* format, Numbers... numbers) {
+    char line[400];
+    std::snprintf(line, sizeof line, format, numbers...);
+    return line;
 }
+
+/// Up to 4 matrices of any kinds, with and without elements, over at least one node.
+struct random_range {
+    dense2D<double> pos;
+    dense1D<int> FEs;
+    std::vector<dense2D<unsigned>> matrices;
+    struct element {
+        unsigned source;
+        element_type kind;
+        std::vector<unsigned> nodes;
+    };
+    std::vector<element> elements; ///< as they are stored
+
+    random_range(engine& random, unsigned fewest_rows)
+        : pos(random_lattice(random, fewest_rows + below(random, 4 - fewest_rows),
+                             1 + below(random, 12)))
+        , FEs(below(random, 5)) {
+        for (unsigned k = 0; k < FEs.size(); ++k) {
+            FEs[k] = one_of(
+                random, {0, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20});
+            std::vector<element_type> shapes;
+            column_list all = random_columns(random, element_type(FEs[k]), shapes);
+            if (below(random, 5) == 0 || all[0].empty()) all.clear();
+            for (std::size_t j = 0; j < all.size(); ++j) {
+                const auto end = all[j].begin() + node_count(shapes[j]);
+                std::for_each(all[j].begin(), end,
+                              [&](unsigned& node) { node %= unsigned(pos.cols()); });
+                elements.push_back({k, shapes[j], {all[j].begin(), end}});
+            }
+            matrices.push_back(strided(columns(all), 0u));
+        }
+    }
+    /// As a writer takes it, by the overload for one or two matrices where there are as many.
+    template <class Write>
+    int write(Write&& write_mesh) const {
+        const auto kind = [this](unsigned k) { return element_type(FEs[k]); };
+        const auto* const m = matrices.data();
+        return FEs.size() == 1   ? write_mesh(pos, m[0], kind(0))
+               : FEs.size() == 2 ? write_mesh(pos, m[0], m[1], kind(0), kind(1))
+                                 : write_mesh(pos, m, m + FEs.size(), FEs);
+    }
+};
 
 } // namespace kvx::zelvo::tests

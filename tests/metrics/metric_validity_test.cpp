@@ -68,20 +68,35 @@ TEST(bound_metrics, lets_hmax_win) {
     EXPECT_EQ(list(space), list(points({{0.25, 0, 0.25, 0, 0, 0.25}})));
 }
 
+// What overwrites may overlap what it overwrites, and is taken as it was.
 TEST(overwrite_invalid_metrics, takes_what_is_better) {
-    auto sizes = points({{0, -1, 2, nan, 0, 0, 4}}).col(0);
-    overwrite_invalid_metrics(sizes, points({{3, 0, 5, 1}}).col(0));
-    overwrite_invalid_metrics(sizes, sizes.sub_vector(1, 6)); // each by the next
-    EXPECT_THAT(list(sizes), testing::ElementsAre(3, 2, 2, testing::IsNan(), 0, 4, 4));
-
-    dense2D<double> four(4, 1), six(6, 1);
-    auto plane = strided(points({{0, 0, 0}, {1, 2, 1}, {1, 2, 1}}), 7.0);
-    auto behind = plane.sub_matrix(0, 1, 3, 2);
-    EXPECT_EQ(overwrite_invalid_metrics(four, plane) + overwrite_invalid_metrics(four, sizes), -2);
-    EXPECT_EQ(overwrite_invalid_metrics(plane, six), -2);
-    overwrite_invalid_metrics(plane, points({{0.5, 0}}).col(0));
-    overwrite_invalid_metrics(behind, plane); // each by the one before as it was
-    EXPECT_EQ(list(plane), list(points({{4, 0, 4}, {4, 0, 4}, {1, 2, 1}})));
+    often(6000, [](engine& random) {
+        const unsigned rows = one_of(random, {3u, 6u}), form = below(random, 3);
+        const auto frame = random_matrix(random, rows, 9, [&] {
+            return one_of(random, {0.0, 1.0, 2.0, -1.0, nan});
+        });
+        auto metrics = frame.sub_matrix(0, below(random, 4), rows, 1 + below(random, 5));
+        const auto fallback = frame.sub_matrix(0, below(random, 4), rows, 1 + below(random, 5));
+        auto sizes = metrics.as_vector();
+        const auto h = fallback.as_vector();
+        auto expected = list(metrics), others = list(fallback);
+        auto expected_sizes = list(sizes);
+        const auto valid = [](const auto& column) { return are_valid_metrics(points({column})); };
+        for (unsigned k = 0; k < (form == 0 ? sizes.size() : expected.size()); ++k) {
+            if (form == 0 && k < h.size() && sizes[k] <= 0 && h[k] > 0) expected_sizes[k] = h[k];
+            if (form == 0 || valid(expected[k])) continue;
+            const double v = k < h.size() ? 1 / (h[k] * h[k]) : 0;
+            if (form == 1 && k < h.size() && h[k] > 0)
+                expected[k] = rows == 3 ? std::vector{v, 0., v} : std::vector{v, 0., v, 0., 0., v};
+            if (form == 2 && k < others.size() && valid(others[k])) expected[k] = others[k];
+        }
+        const int code = form == 0   ? overwrite_invalid_metrics(sizes, h)
+                         : form == 1 ? overwrite_invalid_metrics(metrics, h)
+                                     : overwrite_invalid_metrics(metrics, fallback);
+        ASSERT_EQ(code, 0);
+        ASSERT_TRUE(form == 0 ? alike(points({list(sizes)}), points({expected_sizes}))
+                              : alike(metrics, points(expected)));
+    });
 }
 
 } // namespace kvx::zelvo::tests
