@@ -84,20 +84,9 @@ void repeat(dense1D<T>& v, T shift = T{0}) {
         v[i] = v[i - n] + shift;
 }
 
-/// Numbers that round differently in each mode, and any others.
+/// Numbers of all digits, which round differently in each mode.
 const std::vector<std::string> numbers = [] {
-    std::vector<std::string> all = {"0.1",
-                                    "-0.1",
-                                    "1e23",
-                                    "5e-324",
-                                    "9007199254740993",
-                                    "1.7976931348623157e308",
-                                    "0.3",
-                                    "2.5",
-                                    "1.00000000000000011102230246251565404236316680908203124",
-                                    "-8.5e-7",
-                                    "123456.5",
-                                    "1e-40"};
+    std::vector<std::string> all;
     std::mt19937_64 bits;
     for (char text[40]; all.size() < 432; all.push_back(text))
         std::snprintf(text, sizeof text, "%.16e", std::bit_cast<double>(bits() & ~(1ull << 62)));

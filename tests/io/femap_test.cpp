@@ -48,50 +48,6 @@ TEST(Femap, WritesTheseBytes) {
     EXPECT_EQ(file.content(), expected);
 }
 
-TEST(Femap, ReadsBackEveryKindItHolds) {
-    dense2D<double> nodes(3, 40);
-    for (int i = 0; i < 120; ++i)
-        nodes.data()[i] = std::ldexp(std::sin(i), i % 3 ? 0 : 17 * i - 1060);
-    grouped_elements all{{20, 24, none}, {}, kinds({8, 1, 19, 3, 6, 16, 7, 13, 9, 14, 12, 18}), {}};
-    all.offsets = vec({0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24});
-    for (unsigned j = 0, node = 0; j < 24; ++j) {
-        all.props.resize(j + 1, j % 3 == 0 ? none : j);
-        for (unsigned i = 0; i < node_count(static_cast<element_type>(all.FEs[j / 2])); ++i)
-            all.connectM(i, j) = node = (node * 7 + 13) % 40;
-    }
-    const scratch_file file;
-    ASSERT_EQ(output(file, nodes, all), 0);
-    EXPECT_EQ(input(file), lists(0, nodes, all));
-}
-
-TEST(Femap, OneAndTwoKindsHaveTheirOwnProperties) {
-    const scratch_file file;
-    const auto bars = columns({{0, 1}, {1, 2}}), faces = strided(columns({{0, 1, 2, none}}), 9u);
-    dense2D<double> nodes;
-    dense2D<unsigned int> first, second;
-    element_type FE1 = ET_HEXA27, FE2 = ET_HEXA27;
-    ASSERT_EQ(FEMAP_output(file, pos, bars, faces, ET_BAR2, ET_FACE_MIX), 0);
-    EXPECT_EQ(std::get<5>(input(file)), (std::vector{1u, 1u, 2u}));
-    EXPECT_EQ(FEMAP_input(file, nodes, first, second, FE1, FE2), 0);
-    EXPECT_TRUE(FE1 == ET_BAR2 && FE2 == ET_TRIA3 && list(first) == list(bars));
-    ASSERT_EQ(FEMAP_output(file, pos, second, FE2), 0);
-    EXPECT_EQ(FEMAP_input(file, nodes, first, FE1), 0);
-    EXPECT_TRUE(FE1 == ET_TRIA3 && list(first) == list(columns({{0, 1, 2}})));
-}
-
-TEST(Femap, RejectsGroupsThatAreNone) {
-    const scratch_file file;
-    const grouped_elements& m = mixed;
-    const auto rows = m.connectM.sub_matrix(0, 0, 3, 4);
-    for (const int kind : {-1, 21, int{ET_QUAD4}, int{ET_SOLID_MIX}})
-        EXPECT_EQ(output(file, pos, {rows, m.offsets, kinds({kind, 4, 1}), m.props}), -3) << kind;
-    const auto bar = columns({{0, 1}}), quad = columns({{0, 1, 2, 3}});
-    EXPECT_EQ(FEMAP_output(file, pos, bar, quad, ET_TRIA3, ET_QUAD4), -3);
-    for (const auto& offsets : {vec({0, 2, 4}), vec({0, 3, 2, 4}), vec({0, 2, 3, 5})})
-        EXPECT_EQ(output(file, pos, {rows, offsets, m.FEs, vec({1, 2, 3})}), -5);
-    EXPECT_EQ(FEMAP_output("/tmp", pos, {}, ET_BAR2), 0);
-}
-
 TEST(Femap, ReadsOtherHabits) {
     const std::string edge = "\t -1 \r\n", more = "1 2 3 4 5 6 7 8 9\n1 2 3 4 5 6 7 8 9 10\n";
     std::string text = "404\n1 0 0 0 0 0 0 0 0 0 0 7 7 7\n" + edge + "404\n";

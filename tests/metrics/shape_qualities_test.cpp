@@ -223,14 +223,6 @@ TEST(shape_qualities, of_odd_elements) {
     EXPECT_EQ(list(Q), std::vector<double>(2, 0.0));
 }
 
-TEST(shape_qualities, rejected_calls_leave_no_ratings) {
-    dense1D<double> Q(5, 7); // the nodes have no coordinates, and are too many
-    const dense2D<double> pos(0, std::uint64_t{1} << 32);
-    EXPECT_EQ(shape_qualities(pos, columns({{0, 1, 2}}), ET_HEXA8, Q), -2);
-    EXPECT_TRUE(Q.empty());
-}
-
-// A view of fitting size is written in place, over the coordinates too.
 // A view of fitting size is written in place, over the coordinates too.
 TEST(shape_qualities, follow_one_another) {
     std::vector<double> memory = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};

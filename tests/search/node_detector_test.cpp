@@ -143,6 +143,22 @@ TEST(node_detector, mixes_dimensions) {
     EXPECT_THAT(list(found), testing::UnorderedElementsAre(0, 1, 0));
 }
 
+// Behind every node of the spine, on one of its sides, waits another one.
+TEST(node_detector, walks_trees_of_any_depth) {
+    for (const double side : {-1.0, 1.0}) {
+        dense2D<double> pos(2, 600);
+        for (unsigned k = 0; k < 600; ++k)
+            pos(0, k) = pos(1, k) = side * (k < 300 ? k : k - 300.5);
+        node_detector detector;
+        detector.reinit(pos, vec({0}));
+        for (unsigned k = 1; k < 600; ++k)
+            detector.insert(vec({k}));
+        dense1D<unsigned> found;
+        detector.find_in_box({-999.0, -999.0}, {999.0, 999.0}, found);
+        EXPECT_EQ(found.size(), 600u);
+    }
+}
+
 TEST(node_detector, keeps_or_drops_its_tree_on_rejected_calls) {
     const auto pos = points({{0, 0}, {1, 0}, {2, 0}}), line = points({{0}, {1}});
     const dense2D<unsigned> conns[] = {columns({{0, 1}}), columns({{1, 2}})};
@@ -160,17 +176,6 @@ TEST(node_detector, keeps_or_drops_its_tree_on_rejected_calls) {
     EXPECT_EQ(detector.find_closest(1u), none);
     EXPECT_EQ(detector.reinit(line), -1);
     EXPECT_EQ(detector.size(), 0u);
-}
-
-TEST(node_detector, finds_nothing_when_the_matrix_lost_its_nodes) {
-    auto pos = points({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}});
-    node_detector detector(pos);
-    ASSERT_TRUE(pos.resize(3, 2));
-    dense1D<unsigned> found;
-    detector.find_in_box({0.0, 0.0, 0.0}, {9.0, 0.0, 0.0}, found);
-    EXPECT_TRUE(found.empty());
-    EXPECT_EQ(detector.find_closest({0.0, 0.0, 0.0}), none);
-    EXPECT_EQ(detector.insert(vec({0})), 0u);
 }
 
 } // namespace

@@ -100,20 +100,6 @@ TEST(merge, joins_like_the_plain_procedure) {
     }
 }
 
-TEST(merge, empties_the_map_when_it_does_nothing) {
-    const auto pos = points({{0, 0}, {1, 0}, {0, 0}});
-    dense2D<unsigned> conns[] = {columns({{0, 1}, {2, 1}}),
-                                 dense2D<unsigned>(0, std::uint64_t{1} << 60), columns({{1, 3}})};
-    dense2D<unsigned>* const c = conns;
-    auto ids = vec({9});
-    EXPECT_EQ(merge(pos, vec({}), ids, 9), 0);
-    for (const auto& [last, code] : {std::pair(c, 0), {c + 3, -2}}) {
-        EXPECT_EQ(merge(pos, c, last, ids, 0, 0u), code);
-        EXPECT_TRUE(ids.empty());
-    }
-    EXPECT_EQ(merge(pos, c, c + 2, 0.5, 1), 0);
-}
-
 TEST(merge, every_form_welds) {
     const auto pos = points({{0, 0}, {1, 0}, {1e-7, 0}, {1, 0}});
     auto a = columns({{2, 1}}), b = columns({{3, 0}});

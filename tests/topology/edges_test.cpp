@@ -33,14 +33,4 @@ TEST(Edges, RandomRangesOfKinds) {
     });
 }
 
-TEST(Edges, OfTheMatrixItselfAndOfMoreThanIndicesCanTell) {
-    dense2D<unsigned int> bars = columns({{0, 1}, {1, 0}, {2, 2}});
-    EXPECT_EQ(copy_edges(bars, ET_BAR2, bars), 0);
-    EXPECT_EQ(list(bars), (column_list{{0, 1}, {1, 0}, {2, 2}, {0, 1}, {2, 2}}));
-    unsigned int never_read = 0;
-    const auto huge = dense2D<unsigned int>::wrap(&never_read, 3, 1431655766);
-    EXPECT_EQ(copy_edges(huge, ET_TRIA3, bars), -199);
-    EXPECT_EQ(bars.cols(), 5u);
-}
-
 } // namespace kvx::zelvo::tests

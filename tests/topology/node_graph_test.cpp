@@ -32,21 +32,4 @@ TEST(NodeGraph, RandomMeshes) {
     });
 }
 
-TEST(NodeGraph, AncestorsKeptEmptyAndOversizedInput) {
-    unsigned int memory[] = {2, 1, 3, 2}; // ancestors over the nodes themselves, one beyond them
-    const auto conn = dense2D<unsigned int>::wrap(memory, 2, 2);
-    const auto huge = dense2D<unsigned int>::wrap(memory, 1, std::uint64_t{1} << 32);
-    dense1D<unsigned int> ancestors = dense1D<unsigned int>::wrap(memory, 3), offsets, items(3);
-    EXPECT_EQ(get_ancestors(conn, ancestors), 0);
-    EXPECT_EQ(get_ancestors({}, ancestors), 0);
-    EXPECT_EQ(get_ancestors(huge, ancestors), -199);
-    EXPECT_THAT(memory, ::testing::ElementsAre(2, 0, 1, 2));
-    for (const auto build : {get_connected_elements, get_node_graph}) {
-        EXPECT_EQ(build(dense2D<unsigned int>(0, 2), offsets, items), 0);
-        EXPECT_EQ(split(items, offsets), column_list());
-        EXPECT_EQ(build(huge, offsets, items = vec({4})), -199);
-        EXPECT_TRUE(offsets.empty() && items.empty());
-    }
-}
-
 } // namespace kvx::zelvo::tests

@@ -53,14 +53,4 @@ TEST(Subdomains, RandomMeshes) {
     });
 }
 
-TEST(Subdomains, NoRowsAndNodesBeyondTheMap) {
-    dense1D<unsigned int> elements(2), offsets;
-    EXPECT_EQ(get_subdomains(dense2D<unsigned int>(0, 3), elements, offsets), 0);
-    EXPECT_EQ(split(elements, offsets), column_list());
-    dense2D<unsigned int> conn(1, 3), beyond = columns({{2}, {none}, {3}});
-    EXPECT_EQ(get_subdomains(conn, beyond, offsets), -2);
-    EXPECT_EQ(list(offsets), list(vec({0})));
-    EXPECT_EQ(list(beyond), (column_list{{2}, {none}, {3}}));
-}
-
 } // namespace kvx::zelvo::tests
