@@ -10,7 +10,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace {
 
+std::size_t inputs = 0;
+
 void try_input(const std::string& bytes) {
+    ++inputs;
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
 }
 
@@ -47,7 +50,6 @@ void spoil(const std::string& bytes) {
 int main(int argc, char** argv) {
     constexpr std::size_t small = 600;
     const bool spoils = argc > 1 && argv[1] == std::string("--spoil");
-    std::size_t files = 0;
     for (int i = 1 + spoils; i < argc; ++i) {
         if (!std::filesystem::exists(argv[i])) continue; // nothing was found yet
         for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
@@ -56,8 +58,8 @@ int main(int argc, char** argv) {
             std::cout << entry.path() << std::endl; // before a crash
             try_input(bytes);
             if (spoils && bytes.size() <= small) spoil(bytes);
-            ++files;
         }
     }
-    return files > 0 ? 0 : 1;
+    std::cout << inputs << " inputs\n";
+    return inputs > 0 ? 0 : 1;
 }
