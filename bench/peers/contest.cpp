@@ -22,6 +22,7 @@ struct timed {
     std::string differences;
     std::vector<double> nanoseconds; // per item, by round
     double median = 0.0;
+    bool rival = true;
 };
 
 /// A row that was held; ours first, the floor last.
@@ -34,12 +35,13 @@ struct held_row {
     std::optional<timed> floor;
     std::vector<std::string> absent;
 
-    /// nullptr without peers.
+    /// nullptr without rivals.
     const timed* fastest_peer() const {
-        const auto fastest =
-            std::min_element(peers.begin(), peers.end(),
-                             [](const timed& a, const timed& b) { return a.median < b.median; });
-        return fastest == peers.end() ? nullptr : &*fastest;
+        const timed* fastest = nullptr;
+        for (const timed& peer : peers) {
+            if (peer.rival && (!fastest || peer.median < fastest->median)) fastest = &peer;
+        }
+        return fastest;
     }
     double lead() const { return fastest_peer() ? fastest_peer()->median / ours.median : 0.0; }
     double over_floor() const { return floor ? ours.median / floor->median : 0.0; }
@@ -102,6 +104,7 @@ void print(const held_row& r) {
         const auto [low, high] = std::minmax_element(t.nanoseconds.begin(), t.nanoseconds.end());
         std::printf("  %-44s %9.1f  (%.1f to %.1f)", (prefix + t.name).c_str(), t.median, *low,
                     *high);
+        if (!t.rival) std::printf("  not counted:");
         if (!t.remark.empty()) std::printf("  %s", t.remark.c_str());
         if (!t.differences.empty()) std::printf("  DIFFERS: %s", t.differences.c_str());
         std::printf("\n");
@@ -123,7 +126,8 @@ void print(const held_row& r) {
 std::string markdown_line(const held_row& r) {
     std::string peers;
     for (const timed& peer : r.peers) {
-        peers += (peers.empty() ? "" : ", ") + peer.name + " " + number(peer.median);
+        const std::string entry = peer.name + " " + number(peer.median);
+        peers += (peers.empty() ? "" : ", ") + (peer.rival ? entry : "(" + entry + ")");
         if (!peer.differences.empty()) peers += " (" + peer.differences + ")";
     }
     for (const std::string& why : r.absent)
@@ -152,7 +156,8 @@ std::string markdown_table(const std::vector<held_row>& rows) {
             if (!t.remark.empty()) notes.push_back("- " + r.job + ", " + t.name + ": " + t.remark);
         }
     }
-    text += "\nWhere a contestant does less or more:\n\n";
+    text +=
+        "\nWhere a contestant does less or more (those in brackets do too little to count):\n\n";
     for (std::size_t i = 0; i < notes.size(); ++i) {
         if (std::find(notes.begin(), notes.begin() + std::ptrdiff_t(i), notes[i]) ==
             notes.begin() + std::ptrdiff_t(i))
@@ -162,11 +167,8 @@ std::string markdown_table(const std::vector<held_row>& rows) {
 }
 
 nlohmann::json as_json(const timed& t) {
-    return {{"name", t.name},
-            {"remark", t.remark},
-            {"differences", t.differences},
-            {"median_ns", t.median},
-            {"ns", t.nanoseconds}};
+    return {{"name", t.name},   {"remark", t.remark},    {"differences", t.differences},
+            {"rival", t.rival}, {"median_ns", t.median}, {"ns", t.nanoseconds}};
 }
 
 nlohmann::json as_json(const held_row& r) {
@@ -242,6 +244,7 @@ void contest::hold(contest_row row) {
         contestant& c = *all[i];
         times[i].name = c.name;
         times[i].remark = c.remark;
+        times[i].rival = c.rival;
         run_once(c, options_.cpu_time);
         const std::vector<double> answer = c.answer();
         c.discard();

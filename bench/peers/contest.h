@@ -21,9 +21,14 @@ struct contestant {
     std::function<std::vector<double>()> answer; ///< what the last run found
     std::function<void()> discard;               ///< lets go of what the last run made
     std::string remark;                          ///< where it does less or more than this library
+    bool rival = true; ///< false: shown, but no measure for us, as it does too little
 
     contestant&& but(std::string how) && {
         remark = std::move(how);
+        return std::move(*this);
+    }
+    contestant&& out_of_contest() && {
+        rival = false;
         return std::move(*this);
     }
     contestant&& before(std::function<void()> step) && {

@@ -83,4 +83,9 @@ inline char* put(char* to, const char* text, std::size_t n) {
     return to + n;
 }
 
+template <std::size_t N>
+char* put(char* to, const char (&text)[N]) {
+    return put(to, text, N - 1);
+}
+
 } // namespace kvx::zelvo::bench

@@ -386,19 +386,19 @@ void write_ascii(const std::string& name, const mesh& m) {
         nodes[j].size = static_cast<std::uint8_t>(put_numbers(p, &m.pos(0, j)) - p);
     }
     block_writer out(name);
-    out.wrote(put(out.room(32), "solid KVX\n", 10));
+    out.wrote(put(out.room(32), "solid KVX\n"));
     for (std::uint64_t j = 0; j < m.conn.cols(); ++j) {
-        char* p = put(out.room(512), "  facet normal", 14);
-        p = put(put_numbers(p, normal(m, j).data()), "\n    outer loop\n", 16);
+        char* p = put(out.room(512), "  facet normal");
+        p = put(put_numbers(p, normal(m, j).data()), "\n    outer loop\n");
         for (unsigned corner = 0; corner < 3; ++corner) {
             const text& node = nodes[m.conn(corner, j)];
-            p = put(p, "      vertex", 12);
+            p = put(p, "      vertex");
             p = put(p, node.bytes.data(), node.size);
             *p++ = '\n';
         }
-        out.wrote(put(p, "    endloop\n  endfacet\n", 23));
+        out.wrote(put(p, "    endloop\n  endfacet\n"));
     }
-    out.wrote(put(out.room(32), "endsolid KVX\n", 13));
+    out.wrote(put(out.room(32), "endsolid KVX\n"));
 }
 
 /// What a writer left behind, read back by this library.
