@@ -2,17 +2,27 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
 namespace kvx::zelvo::bench {
 
 constexpr std::int64_t smallest_size = 10'000;
-constexpr std::int64_t largest_size = 2'560'000;
+constexpr std::int64_t largest_size = 4'000'000;
+
+/// Sizes that double, and the largest one.
+inline std::vector<std::int64_t> sizes() {
+    std::vector<std::int64_t> all;
+    for (std::int64_t n = smallest_size; n < largest_size; n *= 2)
+        all.push_back(n);
+    all.push_back(largest_size);
+    return all;
+}
 
 /// Sizes that double; the growth of time over them is fitted and named with each benchmark.
 inline void doubling_sizes(benchmark::internal::Benchmark* b) {
-    for (std::int64_t n = smallest_size; n <= largest_size; n *= 2)
+    for (const std::int64_t n : sizes())
         b->Arg(n);
     b->Unit(benchmark::kMillisecond)->Complexity();
 }
@@ -21,7 +31,7 @@ inline void doubling_sizes(benchmark::internal::Benchmark* b) {
 /// run over all four.
 inline void doubling_clouds(benchmark::internal::Benchmark* b) {
     for (int kind = 0; kind < 4; ++kind) {
-        for (std::int64_t n = smallest_size; n <= largest_size; n *= 2)
+        for (const std::int64_t n : sizes())
             b->Args({n, kind});
     }
     b->Unit(benchmark::kMillisecond);

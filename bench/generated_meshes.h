@@ -4,8 +4,10 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <numeric>
 #include <random>
 #include <utility>
+#include <vector>
 
 #include <kvx/dense_array.h>
 #include <kvx/element_type.h>
@@ -188,6 +190,55 @@ inline mesh tetrahedral_grid(std::uint64_t elements) {
     return cut(
         hexahedral_grid(elements / 6), ET_TETRA4,
         {{1, 0, 2, 6}, {2, 0, 3, 6}, {3, 0, 7, 6}, {7, 0, 4, 6}, {4, 0, 5, 6}, {5, 0, 1, 6}});
+}
+
+/// The same mesh with its elements in random order.
+inline mesh shuffled_elements(const mesh& m) {
+    mesh other = m;
+    other.conn.copy(m.conn);
+    shuffle(m.conn.cols(), [&](std::uint64_t i, std::uint64_t j) {
+        for (std::uint64_t k = 0; k < m.conn.rows(); ++k)
+            std::swap(other.conn(k, i), other.conn(k, j));
+    });
+    return other;
+}
+
+/// The same mesh with its nodes numbered at random.
+inline mesh shuffled_nodes(const mesh& m) {
+    std::vector<unsigned int> places(m.pos.cols());
+    std::iota(places.begin(), places.end(), 0u);
+    shuffle(places.size(),
+            [&](std::uint64_t i, std::uint64_t j) { std::swap(places[i], places[j]); });
+    mesh other;
+    other.kind = m.kind;
+    other.pos = dense2D<double>(m.pos.rows(), m.pos.cols());
+    other.conn = dense2D<unsigned int>(m.conn.rows(), m.conn.cols());
+    for (std::uint64_t j = 0; j < m.pos.cols(); ++j) {
+        for (std::uint64_t k = 0; k < m.pos.rows(); ++k)
+            other.pos(k, places[j]) = m.pos(k, j);
+    }
+    for (std::uint64_t j = 0; j < m.conn.cols(); ++j) {
+        for (std::uint64_t k = 0; k < m.conn.rows(); ++k)
+            other.conn(k, j) = places[m.conn(k, j)];
+    }
+    return other;
+}
+
+/// A mesh whose numbers say nothing about places.
+template <mesh (*make)(std::uint64_t)>
+mesh shuffled(std::uint64_t elements) {
+    return shuffled_elements(shuffled_nodes(make(elements)));
+}
+
+/// Triangles around node 0, which is the smallest node of nearly every side.
+inline mesh fan(std::uint64_t triangles) {
+    mesh m;
+    m.conn = dense2D<unsigned int>(3, triangles);
+    for (std::uint64_t j = 0; j < triangles; ++j) {
+        m.conn(1, j) = index(j + 1);
+        m.conn(2, j) = index((j + 1) % triangles + 1);
+    }
+    return m;
 }
 
 } // namespace kvx::zelvo::bench

@@ -18,7 +18,11 @@ void neighbors_of(benchmark::State& state, mesh (*make)(std::uint64_t)) {
     per_item(state, m.conn.cols());
 }
 BENCHMARK_CAPTURE(neighbors_of, triangles, bumpy_sphere)->Apply(doubling_sizes);
+BENCHMARK_CAPTURE(neighbors_of, triangles_shuffled, shuffled<bumpy_sphere>)->Apply(doubling_sizes);
+BENCHMARK_CAPTURE(neighbors_of, triangles_around_a_node, fan)->Apply(doubling_sizes);
 BENCHMARK_CAPTURE(neighbors_of, tetrahedra, tetrahedral_grid)->Apply(doubling_sizes);
+BENCHMARK_CAPTURE(neighbors_of, tetrahedra_shuffled, shuffled<tetrahedral_grid>)
+    ->Apply(doubling_sizes);
 BENCHMARK_CAPTURE(neighbors_of, hexahedra, hexahedral_grid)->Apply(doubling_sizes);
 
 } // namespace

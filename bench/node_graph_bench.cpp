@@ -12,8 +12,9 @@ using namespace kvx::zelvo::bench;
 using list_maker = int (*)(const dense2D<unsigned int>&, dense1D<unsigned int>&,
                            dense1D<unsigned int>&) noexcept;
 
-void lists_of_triangles(benchmark::State& state, list_maker make_lists) {
-    const mesh m = bumpy_sphere(static_cast<std::uint64_t>(state.range(0)));
+void lists_of_triangles(benchmark::State& state, list_maker make_lists,
+                        mesh (*make)(std::uint64_t)) {
+    const mesh m = make(static_cast<std::uint64_t>(state.range(0)));
     dense1D<unsigned int> offsets;
     dense1D<unsigned int> entries;
     for (auto _ : state) {
@@ -21,9 +22,19 @@ void lists_of_triangles(benchmark::State& state, list_maker make_lists) {
     }
     per_item(state, m.conn.cols());
 }
-BENCHMARK_CAPTURE(lists_of_triangles, connected_elements, get_connected_elements)
+BENCHMARK_CAPTURE(lists_of_triangles, connected_elements, get_connected_elements, bumpy_sphere)
     ->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(lists_of_triangles, node_graph, get_node_graph)->Apply(doubling_sizes);
+BENCHMARK_CAPTURE(lists_of_triangles, connected_elements_shuffled, get_connected_elements,
+                  shuffled<bumpy_sphere>)
+    ->Apply(doubling_sizes);
+BENCHMARK_CAPTURE(lists_of_triangles, connected_elements_around_a_node, get_connected_elements, fan)
+    ->Apply(doubling_sizes);
+BENCHMARK_CAPTURE(lists_of_triangles, node_graph, get_node_graph, bumpy_sphere)
+    ->Apply(doubling_sizes);
+BENCHMARK_CAPTURE(lists_of_triangles, node_graph_shuffled, get_node_graph, shuffled<bumpy_sphere>)
+    ->Apply(doubling_sizes);
+BENCHMARK_CAPTURE(lists_of_triangles, node_graph_around_a_node, get_node_graph, fan)
+    ->Apply(doubling_sizes);
 
 void ancestors(benchmark::State& state) {
     const mesh m = bumpy_sphere(static_cast<std::uint64_t>(state.range(0)));

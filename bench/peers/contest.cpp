@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -22,6 +23,7 @@ struct timed {
     std::string differences;
     std::vector<double> nanoseconds; // per item, by round
     double median = 0.0;
+    double peak_bytes = 0.0; // per item
     bool rival = true;
 };
 
@@ -69,6 +71,26 @@ double run_once(contestant& c, bool cpu_time) {
     return now(cpu_time) - start;
 }
 
+/// A field of /proc/self/status in bytes; 0 where there is none.
+double status_field(const std::string& name) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind(name + ":", 0) == 0)
+            return 1024 * std::strtod(line.c_str() + name.size() + 1, nullptr);
+    }
+    return 0.0;
+}
+
+/// Bytes that a run holds at its peak beyond those held before it.
+double peak_of_run(contestant& c) {
+    if (c.prepare) c.prepare();
+    malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << "5"; // the peak begins anew
+    const double before = status_field("VmRSS");
+    c.run();
+    return std::max(0.0, status_field("VmHWM") - before);
+}
+
 /// Where an answer is not ours, in words.
 std::string differences(const std::vector<std::string>& names, const std::vector<double>& ours,
                         const std::vector<double>& theirs) {
@@ -98,12 +120,12 @@ std::string grouped(std::uint64_t n) {
 }
 
 void print(const held_row& r) {
-    std::printf("\n%s, %s: ns per %s, of %s\n", r.job.c_str(), r.input.c_str(), r.item.c_str(),
-                grouped(r.items).c_str());
+    std::printf("\n%s, %s: ns and peak bytes per %s, of %s\n", r.job.c_str(), r.input.c_str(),
+                r.item.c_str(), grouped(r.items).c_str());
     const auto line = [](const timed& t, const char* prefix) {
         const auto [low, high] = std::minmax_element(t.nanoseconds.begin(), t.nanoseconds.end());
-        std::printf("  %-44s %9.1f  (%.1f to %.1f)", (prefix + t.name).c_str(), t.median, *low,
-                    *high);
+        std::printf("  %-44s %9.1f  (%.1f to %.1f)  %.0f B", (prefix + t.name).c_str(), t.median,
+                    *low, *high, t.peak_bytes);
         if (!t.rival) std::printf("  not counted:");
         if (!t.remark.empty()) std::printf("  %s", t.remark.c_str());
         if (!t.differences.empty()) std::printf("  DIFFERS: %s", t.differences.c_str());
@@ -139,12 +161,15 @@ std::string markdown_line(const held_row& r) {
            (r.floor ? number(r.floor->median) : std::string("-")) + " | " +
            (fastest ? number(r.lead(), "%.2f") : std::string("-")) + " | " +
            (r.floor ? number(r.over_floor(), "%.2f") : std::string("-")) + " | " +
+           number(r.ours.peak_bytes, "%.0f") + " / " +
+           (fastest ? number(fastest->peak_bytes, "%.0f") : std::string("-")) + " | " +
            (r.wanted == goal::ahead ? "1.5" : "level") + ": " + r.verdict() + " |\n";
 }
 
 std::string markdown_table(const std::vector<held_row>& rows) {
     std::string text = "| row | input | ours | peers | fastest peer | floor | peer / ours | "
-                       "ours / floor | goal |\n|---|---|---|---|---|---|---|---|---|\n";
+                       "ours / floor | peak bytes, ours / fastest peer | goal |\n"
+                       "|---|---|---|---|---|---|---|---|---|---|\n";
     for (const held_row& r : rows)
         text += markdown_line(r);
     std::vector<std::string> notes;
@@ -245,7 +270,7 @@ void contest::hold(contest_row row) {
         times[i].name = c.name;
         times[i].remark = c.remark;
         times[i].rival = c.rival;
-        run_once(c, options_.cpu_time);
+        times[i].peak_bytes = peak_of_run(c) / double(row.items);
         const std::vector<double> answer = c.answer();
         c.discard();
         if (i == 0) our_answer = answer;

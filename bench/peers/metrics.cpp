@@ -11,7 +11,6 @@
 #include <kvx/zelvo/shape_qualities.h>
 
 #include "../generated_meshes.h"
-#include "orders.h"
 
 #if PEER_EIGEN
 #include <eigen3/Eigen/Cholesky>

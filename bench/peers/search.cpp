@@ -11,7 +11,6 @@
 #include <kvx/zelvo/node_merging.h>
 
 #include "../generated_meshes.h"
-#include "orders.h"
 
 #if PEER_BOOST
 #include <boost/geometry.hpp>

@@ -11,7 +11,6 @@
 
 #include "../generated_meshes.h"
 #include "file_blocks.h"
-#include "orders.h"
 
 #if PEER_ADMESH
 #include <admesh/stl.h>

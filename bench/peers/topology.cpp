@@ -14,7 +14,6 @@
 #include <kvx/zelvo/node_graph.h>
 
 #include "../generated_meshes.h"
-#include "orders.h"
 
 #if PEER_CGAL
 #include <CGAL/Simple_cartesian.h>
