@@ -142,7 +142,7 @@ void print(const held_row& r) {
         std::printf("; %.2f times as fast as %s", r.lead(), r.fastest_peer()->name.c_str());
     if (r.floor) std::printf("; %.2f times the floor", r.over_floor());
     std::printf("\n");
-    std::fflush(stdout);
+    (void)std::fflush(stdout); // rows show as they are held
 }
 
 std::string markdown_line(const held_row& r) {

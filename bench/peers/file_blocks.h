@@ -18,11 +18,11 @@ public:
         : file_(std::fopen(name.c_str(), "rb"))
         , block_(block_size + 1) {
         if (!file_) throw std::runtime_error("cannot read " + name);
-        std::setvbuf(file_, nullptr, _IONBF, 0);
+        (void)std::setvbuf(file_, nullptr, _IONBF, 0);
     }
     block_reader(const block_reader&) = delete;
     block_reader& operator=(const block_reader&) = delete;
-    ~block_reader() { std::fclose(file_); }
+    ~block_reader() { (void)std::fclose(file_); }
 
     const char* at() const { return block_.data() + begin_; }
     const char* end() const { return block_.data() + end_; }
@@ -50,13 +50,13 @@ public:
         : file_(std::fopen(name.c_str(), "wb"))
         , block_(block_size) {
         if (!file_) throw std::runtime_error("cannot write " + name);
-        std::setvbuf(file_, nullptr, _IONBF, 0);
+        (void)std::setvbuf(file_, nullptr, _IONBF, 0);
     }
     block_writer(const block_writer&) = delete;
     block_writer& operator=(const block_writer&) = delete;
     ~block_writer() {
         flush();
-        std::fclose(file_);
+        (void)std::fclose(file_);
     }
 
     /// Room for n bytes, of which `wrote` tells the end.

@@ -274,7 +274,7 @@ struct flann_tree {
 
 #if PEER_VTK
 vtkSmartPointer<vtkStaticPointLocator> build_vtk(const vtkSmartPointer<vtkPolyData>& cloud) {
-    const auto locator = vtkSmartPointer<vtkStaticPointLocator>::New();
+    auto locator = vtkSmartPointer<vtkStaticPointLocator>::New();
     locator->SetDataSet(cloud);
     locator->BuildLocator();
     return locator;

@@ -261,7 +261,7 @@ void hold_obj(contest& c) {
                             },
                             [](const std::unique_ptr<tinyobj::ObjReader>& reader) {
                                 return std::vector<double>{
-                                    double(reader->GetAttrib().vertices.size() / 3),
+                                    double(reader->GetAttrib().vertices.size()) / 3,
                                     double(reader->GetShapes()[0].mesh.num_face_vertices.size())};
                             })
                             .but("numbers of texture coordinates and normals too; as Debian built "

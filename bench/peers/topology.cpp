@@ -267,7 +267,6 @@ std::vector<double> pairs(const dense2D<unsigned int>& neighbors) {
     }
     return {paired, sum};
 }
-const std::vector<std::string> pair_answers = {"paired sides", "sum of neighbours"};
 
 std::vector<double> columns(const dense2D<unsigned int>& m) {
     return {double(m.cols())};
@@ -472,7 +471,7 @@ contestant vtk_edge_table(const mesh& m, const local_parts<Count, 2>& local) {
             return edges;
         },
         [](const std::vector<unsigned int>& edges) -> std::vector<double> {
-            return {double(edges.size() / 2)};
+            return {double(edges.size()) / 2};
         });
 }
 
@@ -500,7 +499,7 @@ contestant vtk_links(const mesh& m) {
                "VTK static cell links",
                [=] {
                    grid->BuildLinks();
-                   return grid;
+                   return vtkSmartPointer<vtkUnstructuredGrid>(grid);
                },
                [=](const vtkSmartPointer<vtkUnstructuredGrid>&) -> std::vector<double> {
                    double entries = 0;
@@ -509,7 +508,8 @@ contestant vtk_links(const mesh& m) {
                        vtkIdType count = 0;
                        vtkIdType* cells = nullptr;
                        grid->GetPointCells(n, count, cells);
-                       for (vtkIdType i = 0; i < count; ++i, ++entries)
+                       entries += double(count);
+                       for (vtkIdType i = 0; i < count; ++i)
                            sum += double(cells[i]) * double(n % 1000);
                    }
                    return {entries, sum};
@@ -532,7 +532,7 @@ void hold_neighbors(contest& c, const mesh& m, const std::string& element, const
     if (!c.wants(row.job, row.input)) return;
     row.item = "element";
     row.items = m.conn.cols();
-    row.answers = pair_answers;
+    row.answers = {"paired sides", "sum of neighbours"};
     row.ours = entrant(
         "kvx zelvo",
         [=] {

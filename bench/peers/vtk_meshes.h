@@ -27,7 +27,7 @@ inline vtkSmartPointer<vtkPoints> vtk_points(const dense2D<double>& pos) {
 inline vtkSmartPointer<vtkCellArray> vtk_cells(const dense2D<unsigned int>& conn) {
     auto cells = vtkSmartPointer<vtkCellArray>::New();
     cells->AllocateExact(static_cast<vtkIdType>(conn.cols()),
-                         static_cast<vtkIdType>(conn.cols() * conn.rows()));
+                         static_cast<vtkIdType>(conn.cols()) * static_cast<vtkIdType>(conn.rows()));
     for (std::uint64_t j = 0; j < conn.cols(); ++j) {
         cells->InsertNextCell(static_cast<int>(conn.rows()));
         for (std::uint64_t i = 0; i < conn.rows(); ++i)
