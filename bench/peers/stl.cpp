@@ -2,6 +2,7 @@
 #include "contest.h"
 
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <filesystem>
@@ -59,18 +60,31 @@ contestant our_read(const std::string& name, bool ascii) {
 /// Gathers vertices; equal ones (bit by bit but for the sign of 0) get one node.
 class exact_weld {
 public:
+    /// `facets` is how many there are, or nearly; a closed surface has half as many nodes.
+    explicit exact_weld(std::size_t facets) {
+        nodes_.reserve(3 * facets / 2 + 1000);
+        corners_.reserve(3 * facets);
+        table_.assign(std::bit_ceil(facets + 1), no_node);
+    }
     void add(std::array<float, 3> p) {
         if (3 * (nodes_.size() / 3 + 1) > 2 * table_.size()) grow();
         for (float& x : p)
             x += 0.0F; // -0 becomes 0
-        std::size_t slot = hash(p) & (table_.size() - 1);
+        const std::uint64_t h = hash(p);
+        unsigned int& lately = recent_[h % recent_.size()];
+        if (lately != no_node && same(lately, p)) {
+            corners_.push_back(lately);
+            return;
+        }
+        std::size_t slot = h & (table_.size() - 1);
         while (table_[slot] != no_node && !same(table_[slot], p))
             slot = (slot + 1) & (table_.size() - 1);
         if (table_[slot] == no_node) {
             table_[slot] = index(nodes_.size() / 3);
             nodes_.insert(nodes_.end(), p.begin(), p.end());
         }
-        corners_.push_back(table_[slot]);
+        lately = table_[slot];
+        corners_.push_back(lately);
     }
     mesh result() const {
         mesh m;
@@ -94,7 +108,7 @@ private:
         return (h ^ h >> 32) * 0x9E3779B97F4A7C15u >> 24;
     }
     void grow() {
-        table_.assign(std::max<std::size_t>(1024, 4 * table_.size()), no_node);
+        table_.assign(2 * table_.size(), no_node);
         std::array<float, 3> p{};
         for (std::size_t j = 0; j < nodes_.size() / 3; ++j) {
             std::copy_n(&nodes_[3 * j], 3, p.begin());
@@ -108,12 +122,14 @@ private:
     std::vector<float> nodes_;
     std::vector<unsigned int> corners_;
     std::vector<unsigned int> table_;
+    // Facets mostly share corners with facets shortly before them: these stay in the first cache.
+    std::vector<unsigned int> recent_ = std::vector<unsigned int>(1 << 14, no_node);
 };
 
 mesh read_binary(const std::string& name) {
     block_reader in(name);
-    exact_weld nodes;
     in.have(header_bytes);
+    exact_weld nodes(std::filesystem::file_size(name) / facet_bytes);
     in.skip_to(in.at() + header_bytes);
     while (in.have(facet_bytes)) {
         const char* p = in.at();
@@ -129,7 +145,7 @@ mesh read_binary(const std::string& name) {
 
 mesh read_ascii(const std::string& name) {
     block_reader in(name);
-    exact_weld nodes;
+    exact_weld nodes(std::filesystem::file_size(name) / 250); // bytes of a facet, about
     while (in.have(1)) {
         in.have(256);
         const char* p = in.at();
