@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <random>
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -43,14 +44,27 @@ void spoil(const std::string& bytes) {
     }
 }
 
+/// Tries bytes of which targets make arguments: calls of all functions, always the same ones.
+void draw() {
+    std::mt19937 random;
+    for (int i = 0; i < 2000; ++i) {
+        std::string bytes(random() % 500, 0);
+        for (char& byte : bytes)
+            byte = static_cast<char>(random());
+        try_input(bytes);
+    }
+}
+
 } // namespace
 
 /// Runs a target on the files of folders, in place of the fuzzer: what it once found stays mended
-/// in every build. Usage: replay [--spoil] FOLDER...
+/// in every build. Usage: replay [--spoil|--draw] FOLDER...
 int main(int argc, char** argv) {
     constexpr std::size_t small = 600;
-    const bool spoils = argc > 1 && argv[1] == std::string("--spoil");
-    for (int i = 1 + spoils; i < argc; ++i) {
+    const std::string how = argc > 1 ? argv[1] : "";
+    const bool spoils = how == "--spoil", draws = how == "--draw";
+    if (draws) draw();
+    for (int i = 1 + spoils + draws; i < argc; ++i) {
         if (!std::filesystem::exists(argv[i])) continue; // nothing was found yet
         for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
             std::ifstream file(entry.path(), std::ios::binary);

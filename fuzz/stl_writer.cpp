@@ -20,6 +20,13 @@ void examine_call(const std::string& function, const arguments& before, argument
     STL_report report;
     STL_input(output_file.path(), pos, triangles, before.ascii, 0.0, report);
     demand(report.facets == facets && report.unread_bytes == 0, "all facets are read");
+    for (std::uint64_t k = 0; report.removed_elements == 0 && k < 3 * facets; ++k)
+        for (std::uint64_t i = 0; i < before.pos.rows(); ++i) {
+            const double x = before.pos(i, before.conn(k % 3, k / 3));
+            const double y = pos(i, triangles(k % 3, k / 3));
+            demand(!(std::abs(x) < 1e38) || std::abs(x - y) <= 1e-6 * std::abs(x) + 1e-37,
+                   "corners come back");
+        }
 }
 
 } // namespace kvx::zelvo::fuzzing
