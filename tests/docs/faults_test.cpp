@@ -10,8 +10,8 @@
 
 #include "docs/exported_calls.h"
 
-/// Every exported function under what goes wrong around it: memory that ends, outputs that lie in
-/// other arrays or are inputs, other threads, other locales and rounding modes.
+/// Every exported function under what goes wrong around it: memory that ends, outputs that are
+/// inputs, other threads, other locales and rounding modes.
 namespace kvx::zelvo::tests {
 namespace {
 
@@ -278,51 +278,7 @@ TEST(exhausted_memory, leaves_arrays_as_they_were) {
         }
 }
 
-// ---- outputs that lie in other arrays
-
-/// Puts an array into a larger one, shared or foreign, at a distance from its edges; a function
-/// that tells whether the rest of that one is as it was.
-template <class T>
-std::function<bool()> frame(dense2D<T>& m, std::uint64_t edge, bool foreign) {
-    const dense2D<T> whole(m.rows() + 2 * edge, m.cols() + 2, T{7});
-    dense2D<T> view = whole.sub_matrix(edge, edge, m.rows(), m.cols());
-    if (foreign && !m.empty()) view = dense2D<T>::wrap(view.data(), m.rows(), m.cols(), whole.ld());
-    for (std::uint64_t j = 0; j < m.cols() && m.rows() > 0; ++j)
-        std::copy_n(&m(0, j), m.rows(), &view(0, j));
-    m = view;
-    return [whole, view]() mutable {
-        view = T{7};
-        return list(whole) == list(dense2D<T>(whole.rows(), whole.cols(), T{7}));
-    };
-}
-template <class T>
-std::function<bool()> frame(dense1D<T>& v, std::uint64_t edge, bool foreign) {
-    dense2D<T> m(v.size(), 1);
-    std::copy(v.begin(), v.end(), m.data());
-    const auto rest_is_kept = frame(m, edge, foreign);
-    v = m.col(0);
-    return rest_is_kept;
-}
-
-TEST(outputs, may_be_views) {
-    for (const call& c : calls)
-        for (const change changes : changes_of_arguments) {
-            const outcome expected = prepared(c, changes).run();
-            for (const unsigned mode : {0u, 1u, 2u, 3u}) {
-                prepared a(c, changes);
-                std::vector<std::function<bool()>> checks;
-                for (const parameter& p : a.list)
-                    if (!p.constant)
-                        visit_array(p, [&](auto& array) {
-                            checks.push_back(frame(array, mode / 2, mode % 2 == 1));
-                            return true;
-                        });
-                EXPECT_TRUE(a.run() == expected) << c.form;
-                for (const auto& rest_is_kept : checks)
-                    EXPECT_TRUE(rest_is_kept()) << c.form;
-            }
-        }
-}
+// ---- outputs that are inputs
 
 TEST(outputs, may_be_inputs) {
     for (const call& c : calls)

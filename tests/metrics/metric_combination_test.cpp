@@ -51,10 +51,12 @@ TEST(metric_combination, has_its_defining_properties_and_fails_where_stated) {
     EXPECT_FALSE(eigen_pairs({2, 2, 2}, M, values, V)); // a pivot of exactly 0
     minimum_metric(M, {0, 0, -1}, M);                   // in 2-D any matrix may come second
     EXPECT_EQ(list(M), list(metric<2>(4, 0, 4)));
-    const metric<3> zero, one(1, 0, 1, 0, 0, 1), flat(1, 0, 1, 1, 0, 1), bent(1, 2, 1, 0, 0, 1),
-        tiny(1e-300, 0, 1e-300, 0, 0, 1e-300), huge(1e300, 0, 1e300, 0, 0, 1e300);
-    for (const auto& [A, B] :
-         {std::pair{zero, one}, {flat, one}, {one, bent}, {tiny, huge}, {one, zero}}) {
+    const metric<3> zero, one(1, 0, 1, 0, 0, 1), flat(1, 0, 1, 1, 0, 1), bent(1, 2, 1, 0, 0, 1);
+    const metric<3> tiny(1e-300, 0, 1e-300, 0, 0, 1e-300), huge(1e300, 0, 1e300, 0, 0, 1e300);
+    direction<3> values3;
+    matrix_fixed<double, 3, 3> V3;
+    EXPECT_FALSE(eigen_pairs(tiny, huge, values3, V3)); // which are beyond all numbers
+    for (const auto& [A, B] : {std::pair{zero, one}, {flat, one}, {one, bent}, {one, zero}}) {
         metric<3> N(HUGE_VAL);
         minimum_metric(N, one, N);
         EXPECT_EQ(list(N), list(zero));

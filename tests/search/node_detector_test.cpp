@@ -135,7 +135,10 @@ TEST(node_detector, answers_like_the_plain_tree) {
 TEST(node_detector, mixes_dimensions) {
     const auto flat = points({{0, 0}, {4, 0}}), solid = points({{0, 0, 0}, {0.5, 0, 3}});
     dense1D<unsigned> found;
-    const node_detector in_plane(flat), in_space(solid);
+    const dense2D<unsigned> nodes[] = {columns({{0}}), columns({{1}})};
+    const node_detector in_plane(flat, nodes, nodes + 2), of_one(solid, nodes[1]);
+    const node_detector in_space(solid, vec({1, 0})), copy(of_one);
+    EXPECT_EQ(copy.find_closest({0.5, 0.0}), 1u);
     EXPECT_EQ(in_plane.find_closest({3.0, 0.0, 100.0}), 1u);
     EXPECT_EQ(in_space.find_closest({0.5, 0.0}), 0u);
     in_plane.find_in_box({0.0, 0.0, 5.0}, {9.0, 0.0, 6.0}, found);

@@ -23,12 +23,17 @@ TEST(NodeGraph, RandomMeshes) {
         }
         const dense2D<unsigned int> conn = strided(columns(mesh), 20u);
         dense1D<unsigned int> ancestors, offsets(3), found = conn.as_vector(); // view of the input
+        std::vector<unsigned int> kept = list(found);
         ASSERT_EQ(get_ancestors(conn, ancestors), 0);
         ASSERT_EQ(list(ancestors), last);
         ASSERT_EQ(get_connected_elements(conn, offsets, found), 0);
         ASSERT_EQ(split(found, offsets), elements);
         ASSERT_EQ(get_node_graph(conn, offsets, found), 0);
         ASSERT_EQ(split(found, offsets), nodes);
+        ASSERT_EQ(get_ancestors(conn, found = conn.as_vector()), 0);
+        for (unsigned int n = 0; n < std::min(kept.size(), last.size()); ++n)
+            if (last[n] != none) kept[n] = last[n];
+        ASSERT_EQ(list(found), kept);
     });
 }
 
