@@ -128,12 +128,14 @@ inline void examine_aliases(const exported_call& call, byte_source source) {
 } // namespace kvx::zelvo::fuzzing
 
 // Blocks begin one byte behind a multiple of 16, so that there is no room behind the elements and an
-// index one too large is seen.
+// index one too large is seen. What the address sanitizer would refuse is refused without it too.
 std::byte* kvx::__vector_num_alloc(std::uint64_t bytes) noexcept {
+    if (bytes > kvx::zelvo::fuzzing::largest_block) return nullptr;
     auto* const block = static_cast<std::byte*>(std::malloc(bytes + 1));
     return block ? block + 1 : nullptr;
 }
 std::byte* kvx::__vector_num_alloc_zeros(std::uint64_t bytes) noexcept {
+    if (bytes > kvx::zelvo::fuzzing::largest_block) return nullptr;
     auto* const block = static_cast<std::byte*>(std::calloc(bytes + 1, 1));
     return block ? block + 1 : nullptr;
 }
