@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include "foundation/reference_topology.h"
 
@@ -12,13 +13,22 @@
 /// that bring_into_range accepted and returns a number in [-1, 1]; docs/shape-qualities.md derives
 /// the formulas. Triangles, plane quadrangles and tetrahedra relate an area (volume) to lengths
 /// (longest edge times surface); the other shapes carry the tetrahedron's measure over corner by
-/// corner. Loops over corners work on one array per axis, without branches, so that the compiler
-/// can put corners side by side in a register.
+/// corner. Formulas choose between values rather than branch, and unroll their longer loops, so that
+/// the compiler can put elements side by side in a register.
 namespace kvx::zelvo::shape_formulas {
 
 /// Coordinates of the corners of one element, axis by axis.
 template <std::size_t Dim, std::size_t N>
 using corners = std::array<std::array<double, N>, Dim>;
+
+/// f(0), f(1), ... f(N - 1), the numbers as constants.
+template <std::size_t N, class F>
+constexpr void unrolled(F&& f) {
+    [&]<std::size_t... I>(std::index_sequence<I...>) {
+        (f(std::integral_constant<std::size_t, I>()), ...);
+    }
+    (std::make_index_sequence<N>());
+}
 
 // ---- Vectors -----------------------------------------------------------------------------------
 
@@ -75,9 +85,10 @@ template <shape S, std::size_t N>
 double longest_edge(const corners<3, N>& p) {
     constexpr reference_shape topology = topology_of(S);
     double longest = 0;
-    for (unsigned e = 0; e < topology.edge_count; ++e)
+    unrolled<topology.edge_count>([&](auto e) {
         longest =
             std::max(longest, squared_distance(p, topology.edges[e].from, topology.edges[e].to));
+    });
     return std::sqrt(longest);
 }
 
@@ -105,10 +116,10 @@ bool scale_to_unit_size(corners<Dim, N>& p) {
     return true;
 }
 
-/// Makes sure that fourth powers of lengths stay within the range of a double, which is so unless
-/// an element is larger or smaller than the world; false when the element can only rate 0.
+/// Whether fourth powers of lengths stay within the range of a double, which is so unless an element
+/// is larger or smaller than the world.
 template <std::size_t Dim, std::size_t N>
-bool bring_into_range(corners<Dim, N>& p) {
+bool is_in_range(const corners<Dim, N>& p) {
     constexpr double smallest = 1e-60;
     constexpr double largest = 1e60;
     std::array<double, N> offsets{};
@@ -120,14 +131,19 @@ bool bring_into_range(corners<Dim, N>& p) {
     double extent = 0;
     for (const double offset : offsets)
         extent += offset;
-    if (extent >= smallest && extent <= largest) return true;
-    return scale_to_unit_size(p);
+    return (extent >= smallest) & (extent <= largest);
+}
+
+/// Makes sure of that; false when the element can only rate 0.
+template <std::size_t Dim, std::size_t N>
+bool bring_into_range(corners<Dim, N>& p) {
+    return is_in_range(p) || scale_to_unit_size(p);
 }
 
 // ---- Triangle, plane quadrangle, tetrahedron ---------------------------------------------------
 
 inline double in_bounds(double q) {
-    return std::clamp(q, -1.0, 1.0);
+    return std::min(std::max(q, -1.0), 1.0);
 }
 
 /// 2 sqrt(3) twice_area / (perimeter * longest side).
@@ -158,13 +174,13 @@ inline double quadrangle_rating(const corners<2, 4>& p) {
     double smallest_corner = std::numeric_limits<double>::max();
     double perimeter = 0;
     double longest_side = 0;
-    for (unsigned i = 0; i < 4; ++i) {
+    unrolled<4>([&](auto i) {
         const unsigned next = (i + 1) % 4;
         smallest_corner = std::min(smallest_corner, plane_cross(p, (i + 3) % 4, i, i, next));
         const double side = distance(p, i, next);
         perimeter += side;
         longest_side = std::max(longest_side, side);
-    }
+    });
     const auto [shorter, longer] = std::minmax({distance(p, 0, 2), distance(p, 1, 3)});
     if (!(longer > 0)) return 0;
     return in_bounds(std::sqrt(shorter / longer) * (four_sqrt_2 * smallest_corner) /
@@ -204,9 +220,18 @@ inline double gram(const vec3& a, const vec3& b) {
     return dot(a, a) * dot(b, b) - product * product;
 }
 
+struct tetrahedron_estimate {
+    double rating, longest;
+
+    /// Whether rounding is beyond doubt much smaller than the rating.
+    bool is_certain() const {
+        constexpr double flat = 1e-6;
+        return std::abs(rating) >= flat;
+    }
+};
+
 /// sqrt(6) * 6 volumes / (longest edge * surface), positive for det(P0 - P3, P1 - P3, P2 - P3) > 0.
-inline double tetrahedron_rating(const corners<3, 4>& p) {
-    constexpr double flat = 1e-6;
+inline tetrahedron_estimate estimated_tetrahedron(const corners<3, 4>& p) {
     const vec3 a = between(p, 3, 0);
     const vec3 b = between(p, 3, 1);
     const vec3 c = between(p, 3, 2);
@@ -214,16 +239,28 @@ inline double tetrahedron_rating(const corners<3, 4>& p) {
     const vec3 ac = a - c;
     const vec3 bc = b - c;
     const double faces[] = {gram(a, b), gram(a, c), gram(b, c), gram(ab, ac)};
-    double twice_surface = 0;
-    if (std::min({faces[0], faces[1], faces[2], faces[3]}) > 0) {
-        for (const double face : faces)
-            twice_surface += std::sqrt(face);
-    }
+    const double sum_of_roots =
+        std::sqrt(faces[0]) + std::sqrt(faces[1]) + std::sqrt(faces[2]) + std::sqrt(faces[3]);
+    const bool sound = std::min({faces[0], faces[1], faces[2], faces[3]}) > 0;
+    const double twice_surface = sound ? sum_of_roots : 0;
     const double longest = std::sqrt(
         std::max({dot(a, a), dot(b, b), dot(c, c), dot(ab, ab), dot(ac, ac), dot(bc, bc)}));
     const double denominator = longest * twice_surface * 0.5;
-    const double q = denominator > 0 ? in_bounds(sqrt_6 * dot(a, cross(b, c)) / denominator) : 0;
-    return std::abs(q) >= flat ? q : near_flat_rating(p, longest);
+    const double q = in_bounds(sqrt_6 * dot(a, cross(b, c)) / denominator);
+    return {denominator > 0 ? q : 0, longest};
+}
+
+inline double tetrahedron_rating(const corners<3, 4>& p) {
+    const tetrahedron_estimate e = estimated_tetrahedron(p);
+    return e.is_certain() ? e.rating : near_flat_rating(p, e.longest);
+}
+
+/// In place of a rating that a quick formula leaves to the plain one.
+constexpr double undecided = -2;
+
+inline double quick_tetrahedron_rating(const corners<3, 4>& p) {
+    const tetrahedron_estimate e = estimated_tetrahedron(p);
+    return e.is_certain() ? e.rating : undecided;
 }
 
 // ---- Common pieces of the corner measures ------------------------------------------------------
@@ -307,21 +344,15 @@ struct corner_copies {
 template <std::size_t Count, std::size_t N, class Surface>
 corner_copies<Count> span_corners(const corners<3, N>& p, const neighbour_table<Count>& neighbours,
                                   Surface surface) {
-    corners<3, Count> e[3];
-    for (unsigned k = 0; k < 3; ++k) {
-        for (unsigned axis = 0; axis < 3; ++axis) {
-            for (unsigned i = 0; i < Count; ++i)
-                e[k][axis][i] = p[axis][neighbours[i][k]] - p[axis][i];
-        }
-    }
     corner_copies<Count> copies;
-    for (unsigned i = 0; i < Count; ++i) {
-        const vec3 n1 = cross(at(e[1], i), at(e[2], i));
-        const vec3 n2 = cross(at(e[2], i), at(e[0], i));
-        const vec3 n3 = cross(at(e[0], i), at(e[1], i));
-        copies.surfaces[i] = surface(n1, n2, n3);
-        copies.terms[i] = quotient(dot(at(e[0], i), n1), copies.surfaces[i]);
-    }
+    unrolled<Count>([&](auto i) {
+        const vec3 e1 = between(p, i, neighbours[i][0]);
+        const vec3 e2 = between(p, i, neighbours[i][1]);
+        const vec3 e3 = between(p, i, neighbours[i][2]);
+        const vec3 n1 = cross(e2, e3);
+        copies.surfaces[i] = surface(n1, cross(e3, e1), cross(e1, e2));
+        copies.terms[i] = quotient(dot(e1, n1), copies.surfaces[i]);
+    });
     return copies;
 }
 
@@ -355,14 +386,13 @@ double prism_rating(const corners<3, N>& p, const neighbour_table<N>& neighbours
     std::copy(copies.terms.begin(), copies.terms.end(), terms.begin());
 
     vec3 sum{0, 0, 0};
-    for (unsigned i = 0; i < N; ++i)
-        sum = sum + at(p, i);
+    unrolled<N>([&](auto i) { sum = sum + at(p, i); });
     const vec3 centroid = {sum.x / N, sum.y / N, sum.z / N};
-    for (unsigned f = 0; f < topology.side_count; ++f) {
-        const reference_side& side = topology.sides[f];
+    unrolled<topology.side_count>([&](auto f) {
+        constexpr reference_side side = topology.sides[f];
         terms[N + f] = side_term(p, side, centroid, copies.surfaces,
                                  side.node_count == 3 ? triangle_weight : quadrangle_weight);
-    }
+    });
     return finish(scale * worst(terms) / longest_edge<S>(p));
 }
 
@@ -378,7 +408,7 @@ inline double quadrangle_rating(const corners<3, 4>& given) {
     double largest_squared_corner = 0;
     double perimeter = 0;
     double longest = 0;
-    for (unsigned i = 0; i < 4; ++i) {
+    unrolled<4>([&](auto i) {
         const vec3 incoming = between(p, (i + 3) % 4, i);
         const vec3 outgoing = between(p, i, (i + 1) % 4);
         const vec3 corner = cross(incoming, outgoing);
@@ -386,40 +416,39 @@ inline double quadrangle_rating(const corners<3, 4>& given) {
         largest_squared_corner = std::max(largest_squared_corner, dot(corner, corner));
         perimeter += norm(outgoing);
         longest = std::max(longest, dot(outgoing, outgoing));
-    }
+    });
     const auto [shorter, longer] =
         std::minmax({squared_distance(p, 0, 2), squared_distance(p, 1, 3)});
-    if (!(longer > 0)) return 0;
     const double height = std::sqrt(
         std::max(dot(normal, normal), least_normal * least_normal * largest_squared_corner));
-    return finish(std::sqrt(std::sqrt(shorter / longer)) * four_sqrt_2 *
-                  quotient(smallest_corner, height) /
-                  (std::sqrt(std::max(longest, longer)) * perimeter));
+    const double q = finish(std::sqrt(std::sqrt(shorter / longer)) * four_sqrt_2 *
+                            quotient(smallest_corner, height) /
+                            (std::sqrt(std::max(longest, longer)) * perimeter));
+    return longer > 0 ? q : 0;
 }
 
 /// The worst of the base corners, each with the lateral faces of its copy. A pyramid that looks
-/// sound but has a flat or inverted corner tetrahedron is rated by that one.
-inline double pyramid_rating(const corners<3, 5>& given) {
+/// sound but has a flat or inverted corner tetrahedron is rated by that one, as by the function.
+template <class TetrahedronRating>
+double pyramid_rating(const corners<3, 5>& given, TetrahedronRating rating_of) {
     constexpr double sqrt_24 = 4.8989794855663562;
     const corners<3, 5> p = from_first_corner(given);
     const auto lateral_faces = [](const vec3& n1, const vec3& n2, const vec3& n3) {
         return norm(n1) + norm(n2) + norm(n1 + n3) + norm(n2 + n3);
     };
     const auto copies = span_corners(p, pyramid_neighbours, lateral_faces);
-    const double whole = finish(sqrt_24 * worst(copies.terms) / longest_edge<shape::pyramid>(p));
-    if (!(whole > noise)) return whole;
-
+    const double whole = sqrt_24 * worst(copies.terms) / longest_edge<shape::pyramid>(p);
     double worst_corner = 1;
-    for (unsigned i = 0; i < 4; ++i) {
-        const unsigned nodes[4] = {i, (i + 2) % 4, (i + 1) % 4, 4};
+    unrolled<4>([&](auto i) {
         corners<3, 4> tetrahedron;
         for (unsigned axis = 0; axis < 3; ++axis) {
-            for (unsigned k = 0; k < 4; ++k)
-                tetrahedron[axis][k] = given[axis][nodes[k]];
+            tetrahedron[axis] = {given[axis][i], given[axis][(i + 2) % 4], given[axis][(i + 1) % 4],
+                                 given[axis][4]};
         }
-        worst_corner = std::min(worst_corner, tetrahedron_rating(tetrahedron));
-    }
-    return worst_corner >= noise ? whole : worst_corner;
+        worst_corner = std::min(worst_corner, rating_of(tetrahedron));
+    });
+    const double of_corners = worst_corner >= noise ? 1 : worst_corner;
+    return std::min(finish(whole), whole > noise ? of_corners : 1);
 }
 
 inline double wedge_rating(const corners<3, 6>& given) {
@@ -439,6 +468,35 @@ inline double hexahedron_rating(const corners<3, 8>& given) {
             return 2 * (norm(n1) + norm(n2) + norm(n3));
         },
         1, 6);
+}
+
+// ---- Any shape ---------------------------------------------------------------------------------
+
+/// Rating of an element in range.
+template <shape S, std::size_t Dim, std::size_t N, class TetrahedronRating>
+double rating_in_range(const corners<Dim, N>& p, TetrahedronRating tetrahedron) {
+    if constexpr (S == shape::triangle) return triangle_rating(p);
+    if constexpr (S == shape::quadrangle) return quadrangle_rating(p);
+    if constexpr (S == shape::tetrahedron) return tetrahedron(p);
+    if constexpr (S == shape::pyramid) return pyramid_rating(p, tetrahedron);
+    if constexpr (S == shape::wedge) return wedge_rating(p);
+    if constexpr (S == shape::hexahedron) return hexahedron_rating(p);
+}
+
+/// The plain procedure: of any element.
+template <shape S, std::size_t Dim, std::size_t N>
+double rating(corners<Dim, N> p) {
+    return bring_into_range(p)
+               ? rating_in_range<S>(p, [](const auto& t) { return tetrahedron_rating(t); })
+               : 0;
+}
+
+/// The same without branches, or undecided.
+template <shape S, std::size_t Dim, std::size_t N>
+double quick_rating(const corners<Dim, N>& p) {
+    const double q =
+        rating_in_range<S>(p, [](const auto& t) { return quick_tetrahedron_rating(t); });
+    return is_in_range(p) ? q : undecided;
 }
 
 } // namespace kvx::zelvo::shape_formulas

@@ -1,5 +1,6 @@
 #include <kvx/zelvo/shape_qualities.h>
 
+#include <tuple>
 #include <type_traits>
 
 #include <kvx/zelvo/node_indices.h>
@@ -8,7 +9,7 @@
 #include "foundation/matrix_range.h"
 #include "foundation/memory_guard.h"
 #include "foundation/memory_overlap.h"
-#include "metrics/shape_formulas.h"
+#include "metrics/shape_blocks.h"
 
 namespace kvx::zelvo {
 
@@ -25,24 +26,6 @@ int check(const dense2D<double>& pos, const dense2D<unsigned int>& conn, element
     // Where pos has more columns than an index can tell, check_IDs leaves the rows unchecked.
     if (!check_IDs(conn, kind, index_bound(pos.cols())) || conn.rows() < rows_read(kind)) return -2;
     return 0;
-}
-
-template <std::size_t Dim, shape S>
-double rate_element(const double* pos, std::uint64_t ld, const unsigned int* nodes) {
-    shape_formulas::corners<Dim, topology_of(S).corner_count> p;
-    for (unsigned i = 0; i < topology_of(S).corner_count; ++i) {
-        for (unsigned axis = 0; axis < Dim; ++axis)
-            p[axis][i] = pos[axis + nodes[i] * ld];
-    }
-    if (!shape_formulas::bring_into_range(p)) return 0;
-    double rating = 0;
-    if constexpr (S == shape::triangle) rating = shape_formulas::triangle_rating(p);
-    if constexpr (S == shape::quadrangle) rating = shape_formulas::quadrangle_rating(p);
-    if constexpr (S == shape::tetrahedron) rating = shape_formulas::tetrahedron_rating(p);
-    if constexpr (S == shape::pyramid) rating = shape_formulas::pyramid_rating(p);
-    if constexpr (S == shape::wedge) rating = shape_formulas::wedge_rating(p);
-    if constexpr (S == shape::hexahedron) rating = shape_formulas::hexahedron_rating(p);
-    return rating;
 }
 
 template <shape S>
@@ -80,18 +63,27 @@ void rate_columns(const dense2D<double>& pos, const dense2D<unsigned int>& conn,
                   double* values) {
     const double* const nodes = pos.data();
     const std::uint64_t ld = pos.ld();
+    const bool wide = has_avx2();
     if (!is_mixed(kind)) {
         with_shape<Dim>(traits_of(kind).corners, [&](auto s) {
+            shape_block<Dim, s()> block(wide);
             for (std::uint64_t j = 0; j < conn.cols(); ++j)
-                values[j] = rate_element<Dim, s()>(nodes, ld, &conn(0, j));
+                block.add(nodes, ld, &conn(0, j), values[j]);
+            block.finish();
         });
         return;
     }
+    std::tuple<shape_block<Dim, shape::triangle>, shape_block<Dim, shape::quadrangle>,
+               shape_block<3, shape::tetrahedron>, shape_block<3, shape::pyramid>,
+               shape_block<3, shape::wedge>, shape_block<3, shape::hexahedron>>
+        blocks(wide, wide, wide, wide, wide, wide);
     for (std::uint64_t j = 0; j < conn.cols(); ++j) {
         const unsigned int* const column = &conn(0, j);
-        with_shape<Dim>(column_shape(kind, column, conn.rows()),
-                        [&](auto s) { values[j] = rate_element<Dim, s()>(nodes, ld, column); });
+        with_shape<Dim>(column_shape(kind, column, conn.rows()), [&](auto s) {
+            std::get<shape_block<Dim, s()>>(blocks).add(nodes, ld, column, values[j]);
+        });
     }
+    std::apply([](auto&... block) { (block.finish(), ...); }, blocks);
 }
 
 void rate(const dense2D<double>& pos, const dense2D<unsigned int>& conn, element_type kind,

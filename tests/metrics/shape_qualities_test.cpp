@@ -1,6 +1,7 @@
 #include <cmath>
 #include <sstream>
 
+#include "metrics/shape_blocks.h"
 #include "random_meshes.h"
 #include "reference_shapes.h"
 
@@ -204,6 +205,35 @@ TEST(shape_qualities, agree_with_plain_formulas) {
     });
     // The four views of a tetrahedron's volume seldom agree on the sign of nothing.
     EXPECT_GT(exactly, flat_tetrahedra / 3);
+}
+
+// Hostile elements, some flat but for a hair, the others in general position.
+TEST(shape_qualities, in_blocks_are_those_of_elements_alone) {
+    using enum shape;
+    engine random(5);
+    const auto nodes = identity(8 * 3333);
+    std::vector<double> pos(3 * nodes.size()), ratings(3333);
+    for (unsigned i = 0; i < pos.size(); ++i)
+        pos[i] = below(random, 99) == 0    ? one_of(random, {1e-90, -1e99, 5e-324, inf, nan})
+                 : i % 3 == 2 && i < 30000 ? 1e-7 * below(random, 5)
+                                           : below(random, 1000);
+    const auto expect = [&]<std::size_t Dim, shape S>(shape_block<Dim, S> block) {
+        for (unsigned j = 0; j < ratings.size(); ++j)
+            block.add(pos.data(), 3, &nodes[8 * j], ratings[j]);
+        block.finish();
+        for (unsigned j = 0; j < ratings.size(); ++j) {
+            shape_formulas::corners<Dim, topology_of(S).corner_count> p;
+            for (unsigned i = 0; i < Dim * p[0].size(); ++i)
+                p[i % Dim][i / Dim] = pos[24 * j + i / Dim * 3 + i % Dim];
+            ASSERT_EQ(ratings[j], shape_formulas::rating<S>(p));
+        }
+    };
+    for (const bool wide : {false, has_avx2()}) {
+        expect(shape_block<2, triangle>(wide)), expect(shape_block<2, quadrangle>(wide));
+        expect(shape_block<3, triangle>(wide)), expect(shape_block<3, quadrangle>(wide));
+        expect(shape_block<3, tetrahedron>(wide)), expect(shape_block<3, pyramid>(wide));
+        expect(shape_block<3, wedge>(wide)), expect(shape_block<3, hexahedron>(wide));
+    }
 }
 
 TEST(shape_qualities, of_odd_elements) {
