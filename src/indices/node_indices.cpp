@@ -12,12 +12,18 @@ namespace kvx::zelvo {
 
 namespace {
 
-/// Calls visit(entry) for every entry of an array, column by column, until it answers false;
-/// whether it never did.
+/// Calls visit(entry) for every entry of an array, column by column, up to the end of the block in
+/// which it first answers false; whether it never did. Without a way out at every entry several are
+/// compared at once.
 template <class T, class Visit>
 bool every_entry(T* entries, std::uint64_t n, Visit&& visit) {
-    for (std::uint64_t i = 0; i < n; ++i) {
-        if (!visit(entries[i])) return false;
+    constexpr std::uint64_t block = 256;
+    for (std::uint64_t begin = 0; begin < n; begin += block) {
+        const std::uint64_t end = std::min(n, begin + block);
+        unsigned int refused = 0;
+        for (std::uint64_t i = begin; i < end; ++i)
+            refused |= visit(entries[i]) ? 0u : 1u;
+        if (refused != 0) return false;
     }
     return true;
 }
@@ -28,6 +34,7 @@ bool every_entry(const dense1D<unsigned int>& v, Visit&& visit) {
 template <class Visit>
 bool every_entry(const dense2D<unsigned int>& m, Visit&& visit) {
     if (m.rows() == 0) return true;
+    if (m.ld() == m.rows()) return every_entry(m.data(), m.rows() * m.cols(), visit);
     for (std::uint64_t j = 0; j < m.cols(); ++j) {
         if (!every_entry(&m(0, j), m.rows(), visit)) return false;
     }
