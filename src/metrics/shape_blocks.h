@@ -23,6 +23,13 @@ inline bool has_avx2() {
 }
 #endif
 
+// Sanitizers take minutes over functions of that length.
+#if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__)
+#define KVX_ZELVO_FLATTEN [[gnu::flatten]]
+#else
+#define KVX_ZELVO_FLATTEN
+#endif
+
 template <std::size_t Dim, shape S>
 class shape_block {
 public:
@@ -70,11 +77,11 @@ private:
         return p;
     }
 
-    [[gnu::flatten]] void rate(double* __restrict ratings) const {
+    KVX_ZELVO_FLATTEN void rate(double* __restrict ratings) const {
         for (std::uint64_t j = 0; j < count_; ++j)
             ratings[j] = shape_formulas::quick_rating<S>(element(j));
     }
-    KVX_ZELVO_AVX2 [[gnu::flatten]] void rate_wide(double* __restrict ratings) const {
+    KVX_ZELVO_AVX2 KVX_ZELVO_FLATTEN void rate_wide(double* __restrict ratings) const {
         for (std::uint64_t j = 0; j < count_; ++j)
             ratings[j] = shape_formulas::quick_rating<S>(element(j));
     }
@@ -86,5 +93,6 @@ private:
 };
 
 #undef KVX_ZELVO_AVX2
+#undef KVX_ZELVO_FLATTEN
 
 } // namespace kvx::zelvo
