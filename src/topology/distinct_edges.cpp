@@ -40,8 +40,8 @@ std::uint64_t distinct_edges::find() {
         });
     };
     std::uint64_t distinct = 0;
-    group_by_nodes<2>(node_count, every_edge, [&](const auto group) {
-        is_first_[group.front().back()] = true;
+    group_by_nodes<2>(node_count, every_edge, [&](const item_group& group) {
+        is_first_[group.first] = true;
         ++distinct;
     });
     return distinct;

@@ -24,12 +24,10 @@ int pair_sides(dense2D<unsigned int> conn, Columns columns, bool pair_first_two,
             visit(static_cast<unsigned int>(e * sides + s), nodes);
         });
     };
-    group_by_nodes<Columns::side_nodes>(node_count, every_side, [=](const auto group) {
-        if (group.size() < 2 || (group.size() > 2 && !pair_first_two)) return;
-        const unsigned int a = group[0].back();
-        const unsigned int b = group[1].back();
-        neighbor[a] = b / sides;
-        neighbor[b] = a / sides;
+    group_by_nodes<Columns::side_nodes>(node_count, every_side, [=](const item_group& group) {
+        if (group.size < 2 || (group.size > 2 && !pair_first_two)) return;
+        neighbor[group.first] = group.second / sides;
+        neighbor[group.second] = group.first / sides;
     });
     return 0;
 }

@@ -5,15 +5,21 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <memory>
-#include <span>
 #include <utility>
-#include <vector>
+
+#include "foundation/large_blocks.h"
 
 namespace kvx::zelvo {
 
 /// Items (sides, edges) are numbered in 32 bits.
 inline constexpr std::uint64_t most_items = std::numeric_limits<unsigned int>::max();
+
+/// Items with the same nodes: the lowest number, the next one if there is any, how many they are.
+struct item_group {
+    unsigned int first;
+    unsigned int second;
+    unsigned int size;
+};
 
 /// An item in the bucket of its smallest node: its K - 1 other nodes, ascending, then its number.
 /// The order of these arrays is the order by nodes, then by number.
@@ -33,68 +39,121 @@ void sort_nodes(std::array<unsigned int, K>& nodes) {
 
 template <std::size_t K>
 bool same_nodes(const bucket_item<K>& a, const bucket_item<K>& b) {
-    return std::equal(a.begin(), a.end() - 1, b.begin());
+    bool same = true;
+    for (std::size_t i = 0; i + 1 < K; ++i)
+        same &= a[i] == b[i]; // no branch to mispredict
+    return same;
 }
 
-/// Sorts one bucket. Most hold a handful of items; the bucket of a hub may hold them all.
+/// Finds the groups of one bucket after the other.
 template <std::size_t K>
-void sort_bucket(bucket_item<K>* first, bucket_item<K>* last) {
-    constexpr std::ptrdiff_t handful = 32;
-    if (last - first > handful) {
+class bucket_groups {
+public:
+    /// Calls visit(item_group) for every group of a bucket, whose items stand by their numbers.
+    template <class Visit>
+    void find(bucket_item<K>* first, bucket_item<K>* last, const Visit& visit) {
+        if (static_cast<std::size_t>(last - first) > most_hashed) {
+            find_sorted(first, last, visit);
+            return;
+        }
+        unsigned int count = 0;
+        for (const bucket_item<K>* item = first; item != last; ++item) {
+            std::size_t at = hash(*item) % slots_.size();
+            unsigned int group = slots_[at] - base_;
+            while (group < count && !same_nodes(items_[group % most_hashed], *item)) {
+                at = (at + 1) % slots_.size();
+                group = slots_[at] - base_;
+            }
+            const bool fresh = group >= count;
+            group = fresh ? count : group;
+            count += fresh;
+            slots_[at] = base_ + group;
+            items_[group] = *item;
+            item_group& g = groups_[group];
+            const unsigned int size = fresh ? 0 : g.size;
+            g.first = size == 0 ? item->back() : g.first;
+            g.second = size == 1 ? item->back() : g.second;
+            g.size = size + 1;
+        }
+        for (unsigned int group = 0; group < count; ++group)
+            visit(groups_[group]);
+        base_ += count;
+    }
+
+private:
+    static constexpr std::size_t most_hashed = 128;
+
+    static std::size_t hash(const bucket_item<K>& item) {
+        std::uint64_t h = 0;
+        for (std::size_t i = 0; i + 1 < K; ++i)
+            h = (h ^ item[i]) * 0x9E3779B97F4A7C15u;
+        return h >> 40;
+    }
+
+    /// The bucket of a hub may hold all items.
+    template <class Visit>
+    void find_sorted(bucket_item<K>* first, bucket_item<K>* last, const Visit& visit) {
         std::sort(first, last);
-        return;
+        while (first != last) {
+            const bucket_item<K>* const group = first;
+            while (++first != last && same_nodes<K>(*group, *first)) {
+            }
+            const auto size = static_cast<unsigned int>(first - group);
+            visit(item_group{group[0].back(), size > 1 ? group[1].back() : 0, size});
+        }
     }
-    for (auto next = first; next != last; ++next) {
-        const bucket_item<K> item = *next;
-        auto place = next;
-        for (; place != first && item < place[-1]; --place)
-            *place = place[-1];
-        *place = item;
-    }
-}
+
+    // Groups of the bucket at hand are numbered from base_ on, so that slots of earlier ones count
+    // as empty without being emptied. There are fewer groups than numbers of items.
+    std::array<unsigned int, 2 * most_hashed> slots_{};
+    unsigned int base_ = 1;
+    std::array<bucket_item<K>, most_hashed> items_;
+    std::array<item_group, most_hashed> groups_;
+};
 
 /// Groups numbered items by their sets of K nodes (with repetitions; shorter sets are padded with a
-/// number that is no node of the others). The groups come in no particular order, the items of a
-/// group in the order of their numbers.
+/// number that is no node of the others). The groups come in no particular order.
 ///
-/// node_count   every smallest node of an item is below it; one number is stored for each
+/// node_count   every smallest node of an item is below it; two numbers are stored for each
 /// walk         walk(visit) calls visit(number, std::array of K nodes) for every item, in ascending
 ///              order of the numbers and twice the same; at most most_items of them
-/// visit        called with the std::span of bucket_item of every group
+/// visit        called with the item_group of every group
 ///
-/// Counting sort by the smallest node, then a sort of every bucket: no hash that an unlucky
-/// numbering defeats, and memory is read in the order of the mesh's own numbering. Linear in items
-/// and node_count where buckets are small, n log n at worst. Throws std::bad_alloc.
+/// Counting sort by the smallest node, then a small table for every bucket, or a sort where it is
+/// large: no hash that an unlucky numbering defeats. The buckets lie in the order in which the
+/// items meet their nodes, so that memory is walked in the order of the elements, however the nodes
+/// are numbered. Linear where buckets are small, n log n at worst. Throws std::bad_alloc.
 template <std::size_t K, class Walk, class Visit>
 void group_by_nodes(std::uint64_t node_count, const Walk& walk, const Visit& visit) {
-    std::vector<unsigned int> ends(node_count);
-    walk([&ends](unsigned int, std::array<unsigned int, K> nodes) {
-        sort_nodes(nodes);
-        ++ends[nodes[0]];
+    const auto ends = make_zero_scratch<unsigned int>(node_count);    // sizes first
+    const auto smallest = make_scratch<unsigned int>(node_count + 1); // nodes as met, one past them
+    std::uint64_t buckets = 0;
+    walk([&, size = ends.get(), met = smallest.get()](unsigned int,
+                                                      const std::array<unsigned int, K>& nodes) {
+        const unsigned int node = *std::min_element(nodes.begin(), nodes.end());
+        met[buckets] = node;
+        buckets += size[node]++ == 0;
     });
     unsigned int total = 0;
-    for (unsigned int& end : ends)
-        total += std::exchange(end, total);
+    for (std::uint64_t b = 0; b < buckets; ++b)
+        total += std::exchange(ends[smallest[b]], total);
 
     // each entry starts as the begin of its bucket and has become its end when all are placed
-    const auto items = std::make_unique_for_overwrite<bucket_item<K>[]>(total);
-    walk([&](unsigned int number, std::array<unsigned int, K> nodes) {
+    const auto items = make_scratch<bucket_item<K>>(total);
+    walk([end = ends.get(), to = items.get()](unsigned int number,
+                                              std::array<unsigned int, K> nodes) {
         sort_nodes(nodes);
-        bucket_item<K>& item = items[ends[nodes[0]]++];
+        bucket_item<K>& item = to[end[nodes[0]]++];
         std::copy(nodes.begin() + 1, nodes.end(), item.begin());
         item.back() = number;
     });
 
+    bucket_groups<K> groups;
     bucket_item<K>* first = items.get();
-    for (const unsigned int end : ends) {
-        bucket_item<K>* const last = items.get() + end;
-        sort_bucket(first, last);
-        while (first != last) {
-            const bucket_item<K>* const group = first;
-            while (++first != last && same_nodes(*group, *first)) {
-            }
-            visit(std::span<const bucket_item<K>>(group, first));
-        }
+    for (std::uint64_t b = 0; b < buckets; ++b) {
+        bucket_item<K>* const last = items.get() + ends[smallest[b]];
+        groups.find(first, last, visit);
+        first = last;
     }
 }
 
