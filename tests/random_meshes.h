@@ -113,7 +113,8 @@ inline column_list random_columns(engine& random, element_type kind,
     const auto& choice = kind == ET_FACE_MIX ? faces : solids;
     const unsigned int nodes = 2 + below(random, 8);
     const unsigned int first = below(random, 3) == 0 ? none - nodes + !mixed : 0;
-    column_list columns(1 + below(random, strip ? 60 : 12));
+    const bool crowd = below(random, 24) == 0; // more sides at a node than at any usual one
+    column_list columns(1 + below(random, strip ? 60 : crowd ? 400 : 12));
     shapes.clear();
     for (unsigned int e = 0; e < columns.size(); ++e) {
         std::vector<unsigned int>& column = columns[e];

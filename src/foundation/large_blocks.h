@@ -29,6 +29,13 @@ inline void prefer_large_pages([[maybe_unused]] void* block,
 #endif
 }
 
+/// Fetches memory that is read soon; the address need not be one that may be read.
+inline void prefetch([[maybe_unused]] const void* address) noexcept {
+#if defined(__GNUC__)
+    __builtin_prefetch(address);
+#endif
+}
+
 struct free_scratch {
     void operator()(void* block) const noexcept {
         __vector_num_free(static_cast<std::byte*>(block));

@@ -7,6 +7,7 @@
 #include <kvx/element_type.h>
 #include <kvx/zelvo/node_indices.h>
 
+#include "foundation/large_blocks.h"
 #include "foundation/memory_guard.h"
 #include "foundation/memory_overlap.h"
 #include "topology/compressed_lists.h"
@@ -40,14 +41,17 @@ compressed elements_by_node(const dense2D<unsigned int>& conn) {
         need(c.offsets.resize(1));
         return c;
     }
-    std::uint64_t total = 0;
-    walk_nodes(conn, [&total](unsigned int, unsigned int) { ++total; });
-    need(c.list.resize(list_offset(total)));
-    need(c.offsets.resize(std::uint64_t{max_ID(conn)} + 2));
+    list_offset(conn.cols()); // before anything is read
+    c.offsets = zeros_to_fill<unsigned int>(std::uint64_t{max_ID(conn)} + 2);
 
     // offsets[n + 1] counts node n, then is where it begins, then, all placed, where it ends
     unsigned int* const next = c.offsets.data() + 1;
-    walk_nodes(conn, [next](unsigned int, unsigned int n) { ++next[n]; });
+    std::uint64_t total = 0;
+    walk_nodes(conn, [next, &total](unsigned int, unsigned int n) {
+        ++next[n];
+        ++total;
+    });
+    c.list = zeros_to_fill<unsigned int>(list_offset(total));
     unsigned int begin = 0;
     for (auto count = c.offsets.begin() + 1; count != c.offsets.end(); ++count)
         begin += std::exchange(*count, begin);
@@ -56,33 +60,48 @@ compressed elements_by_node(const dense2D<unsigned int>& conn) {
     return c;
 }
 
-/// Calls visit(node, other) for every other node that shares an element with a node, once each.
-template <class Visit, class Done>
-void walk_graph(const dense2D<unsigned int>& conn, const compressed& elements,
-                std::vector<unsigned int>& marker, Visit&& visit, Done&& node_done) {
-    std::fill(marker.begin(), marker.end(), no_node);
-    const auto node_count = static_cast<unsigned int>(marker.size());
-    for (unsigned int i = 0; i < node_count; ++i) {
-        marker[i] = i;
-        for (unsigned int k = elements.offsets[i]; k < elements.offsets[i + 1]; ++k) {
-            const unsigned int* const column = conn.data() + elements.list[k] * conn.ld();
-            for (std::uint64_t row = 0; row < conn.rows(); ++row) {
-                const unsigned int j = column[row];
-                if (j == no_node || marker[j] == i) continue;
-                marker[j] = i;
-                visit(j);
-            }
+/// A list whose length shows only at its end, in pieces.
+class growing_list {
+public:
+    /// Where up to n more entries may be written. Throws std::bad_alloc.
+    unsigned int* room_for(std::uint64_t n) {
+        if (pieces_.empty() || n > room_ - pieces_.back().size) {
+            constexpr std::uint64_t usual_room = std::uint64_t{1} << 20;
+            room_ = std::max(n, usual_room);
+            pieces_.push_back({make_scratch<unsigned int>(room_), 0});
         }
-        node_done(i);
+        return pieces_.back().entries.get() + pieces_.back().size;
     }
-}
+    /// How many of them were.
+    void written(std::uint64_t n) {
+        pieces_.back().size += n;
+        total_ += n;
+    }
+    std::uint64_t total() const { return total_; }
+    void move_to(unsigned int* list) {
+        for (piece& p : pieces_) {
+            list = std::copy_n(p.entries.get(), p.size, list);
+            p.entries.reset();
+        }
+    }
+
+private:
+    struct piece {
+        scratch<unsigned int> entries;
+        std::uint64_t size;
+    };
+    std::vector<piece> pieces_;
+    std::uint64_t room_ = 0; ///< of the last piece
+    std::uint64_t total_ = 0;
+};
 
 /// Refuses an element whose different nodes alone make more entries of the graph than offsets tell,
 /// before as many pairs of nodes are walked. The marker has an entry for each node.
-void need_countable_pairs(const dense2D<unsigned int>& conn, std::vector<unsigned int>& marker) {
+void need_countable_pairs(const dense2D<unsigned int>& conn, unsigned int* marker,
+                          unsigned int node_count) {
     constexpr std::uint64_t harmless_rows = 65536;
     if (conn.rows() <= harmless_rows) return;
-    std::fill(marker.begin(), marker.end(), no_node);
+    std::fill_n(marker, node_count, no_node);
     unsigned int element = no_node;
     std::uint64_t others = 0; // of each node of the element
     walk_nodes(conn, [&](unsigned int e, unsigned int n) {
@@ -92,22 +111,43 @@ void need_countable_pairs(const dense2D<unsigned int>& conn, std::vector<unsigne
     });
 }
 
+/// For every node, the other nodes that share an element with it, once each, as met.
 compressed node_graph(const dense2D<unsigned int>& conn) {
     compressed elements = elements_by_node(conn);
     if (conn.empty()) return elements;
     compressed graph;
-    need(graph.offsets.resize(elements.offsets.size()));
-    std::vector<unsigned int> marker(elements.offsets.size() - 1);
-    need_countable_pairs(conn, marker);
+    graph.offsets = zeros_to_fill<unsigned int>(elements.offsets.size());
+    const unsigned int* const offsets = elements.offsets.data();
+    const unsigned int* const around = elements.list.data();
+    const std::uint64_t entry_count = elements.list.size();
+    const auto node_count = static_cast<unsigned int>(elements.offsets.size() - 1);
+    const auto marker = make_scratch<unsigned int>(node_count);
+    need_countable_pairs(conn, marker.get(), node_count);
+    std::fill_n(marker.get(), node_count, no_node);
 
-    std::uint64_t total = 0;
-    walk_graph(
-        conn, elements, marker, [&total](unsigned int) { ++total; },
-        [&](unsigned int i) { graph.offsets[i + 1] = list_offset(total); });
-    need(graph.list.resize(total));
-    unsigned int* next = graph.list.data();
-    walk_graph(
-        conn, elements, marker, [&next](unsigned int j) { *next++ = j; }, [](unsigned int) {});
+    growing_list found;
+    for (unsigned int i = 0; i < node_count; ++i) {
+        marker[i] = i;
+        const std::uint64_t met = std::uint64_t{offsets[i + 1] - offsets[i]} * conn.rows();
+        unsigned int* const begin = found.room_for(std::min<std::uint64_t>(met, node_count));
+        unsigned int* next = begin;
+        for (std::uint64_t k = offsets[i]; k < offsets[i + 1]; ++k) {
+            constexpr std::uint64_t ahead = 24; // elements of shuffled meshes are far apart
+            if (k + ahead < entry_count) prefetch(conn.data() + around[k + ahead] * conn.ld());
+            const unsigned int* const column = conn.data() + around[k] * conn.ld();
+            for (std::uint64_t row = 0; row < conn.rows(); ++row) {
+                const unsigned int j = column[row];
+                if (j == no_node || marker[j] == i) continue;
+                marker[j] = i;
+                *next++ = j;
+            }
+        }
+        found.written(static_cast<std::uint64_t>(next - begin));
+        graph.offsets[i + 1] = list_offset(found.total());
+    }
+    elements = {};
+    graph.list = zeros_to_fill<unsigned int>(found.total());
+    found.move_to(graph.list.data());
     return graph;
 }
 

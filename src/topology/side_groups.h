@@ -125,33 +125,38 @@ private:
 /// are numbered. Linear where buckets are small, n log n at worst. Throws std::bad_alloc.
 template <std::size_t K, class Walk, class Visit>
 void group_by_nodes(std::uint64_t node_count, const Walk& walk, const Visit& visit) {
-    const auto ends = make_zero_scratch<unsigned int>(node_count);    // sizes first
-    const auto smallest = make_scratch<unsigned int>(node_count + 1); // nodes as met, one past them
-    std::uint64_t buckets = 0;
-    walk([&, size = ends.get(), met = smallest.get()](unsigned int,
-                                                      const std::array<unsigned int, K>& nodes) {
+    // by node: how many items its bucket has, then where the next one goes
+    const auto ends_memory = make_zero_scratch<unsigned int>(node_count);
+    // by bucket: its node, then where it ends; and one place more
+    const auto buckets_memory = make_scratch<unsigned int>(node_count + 1);
+    unsigned int* const ends = ends_memory.get();
+    unsigned int* const buckets = buckets_memory.get();
+    std::uint64_t bucket_count = 0;
+    walk([&bucket_count, ends, buckets](unsigned int, const std::array<unsigned int, K>& nodes) {
         const unsigned int node = *std::min_element(nodes.begin(), nodes.end());
-        met[buckets] = node;
-        buckets += size[node]++ == 0;
+        buckets[bucket_count] = node;
+        bucket_count += ends[node]++ == 0; // no branch to mispredict
     });
     unsigned int total = 0;
-    for (std::uint64_t b = 0; b < buckets; ++b)
-        total += std::exchange(ends[smallest[b]], total);
+    for (std::uint64_t b = 0; b < bucket_count; ++b) {
+        const unsigned int begin = total;
+        total += std::exchange(ends[buckets[b]], begin);
+        buckets[b] = total;
+    }
 
-    // each entry starts as the begin of its bucket and has become its end when all are placed
-    const auto items = make_scratch<bucket_item<K>>(total);
-    walk([end = ends.get(), to = items.get()](unsigned int number,
-                                              std::array<unsigned int, K> nodes) {
+    const auto items_memory = make_scratch<bucket_item<K>>(total);
+    bucket_item<K>* const items = items_memory.get();
+    walk([ends, items](unsigned int number, std::array<unsigned int, K> nodes) {
         sort_nodes(nodes);
-        bucket_item<K>& item = to[end[nodes[0]]++];
+        bucket_item<K>& item = items[ends[nodes[0]]++];
         std::copy(nodes.begin() + 1, nodes.end(), item.begin());
         item.back() = number;
     });
 
     bucket_groups<K> groups;
-    bucket_item<K>* first = items.get();
-    for (std::uint64_t b = 0; b < buckets; ++b) {
-        bucket_item<K>* const last = items.get() + ends[smallest[b]];
+    bucket_item<K>* first = items;
+    for (std::uint64_t b = 0; b < bucket_count; ++b) {
+        bucket_item<K>* const last = items + buckets[b];
         groups.find(first, last, visit);
         first = last;
     }

@@ -37,4 +37,17 @@ TEST(NodeGraph, RandomMeshes) {
     });
 }
 
+TEST(NodeGraph, MoreEntriesThanArePutInOnePiece) {
+    constexpr unsigned int n = 1'100'000; // each joined to the hub, number n
+    dense2D<unsigned int> bars(2, n + 1, n);
+    for (unsigned int e = 0; e <= n; ++e)
+        bars(1, e) = e == n ? 0 : e;
+    dense1D<unsigned int> offsets, nodes;
+    ASSERT_EQ(get_node_graph(bars, offsets, nodes), 0);
+    ASSERT_EQ(offsets[n], n);
+    ASSERT_EQ(nodes.size(), 2 * n);
+    for (unsigned int k = 0; k < n; ++k)
+        ASSERT_TRUE(offsets[k] == k && nodes[k] == n && nodes[n + k] == k);
+}
+
 } // namespace kvx::zelvo::tests
