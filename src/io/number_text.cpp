@@ -1,8 +1,11 @@
 #include "io/number_text.h"
 
 #include <algorithm>
+#include <cassert>
 #include <charconv>
-#include <limits>
+#include <cmath>
+
+#include "io/exact_decimals.h"
 
 namespace kvx::zelvo {
 
@@ -30,6 +33,38 @@ std::size_t plus_length(std::string_view text) noexcept {
     return text.starts_with('+') && !text.starts_with("+-") ? 1 : 0;
 }
 
+/// Longest decimals that are rounded in exact integers.
+constexpr int most_exact_digits = 17;
+
+char* write_any(char* first, double x, std::chars_format format, int digits) noexcept {
+    assert(digits >= 0 && digits <= most_digits);
+    const auto end = std::to_chars(first, first + longest_number, x, format, digits);
+    assert(end.ec == std::errc());
+    return end.ptr;
+}
+
+char* write_sign(char* first, double x) noexcept {
+    *first = '-';
+    return first + std::signbit(x);
+}
+
+/// Writes the last `count` digits of n, which has no more, with a point behind the first `before`.
+char* write_pointed(char* first, std::uint64_t n, int count, int before) noexcept {
+    char* const end = write_digits(first + 1, n, count);
+    std::copy(first + 1, first + 1 + before, first);
+    first[before] = '.';
+    return end;
+}
+
+char* write_rounded(char* first, const rounded_decimal& rounded, int digits,
+                    char exponent_letter) noexcept {
+    char* at = digits > 0 ? write_pointed(first, rounded.digits, digits + 1, 1)
+                          : write_digits(first, rounded.digits, 1);
+    *at++ = exponent_letter;
+    *at++ = rounded.exponent < 0 ? '-' : '+';
+    return write_digits(at, static_cast<std::uint64_t>(std::abs(rounded.exponent)), 2);
+}
+
 } // namespace
 
 std::size_t leading_real(std::string_view text, double& x) noexcept {
@@ -55,6 +90,44 @@ std::int64_t leading_integer(std::string_view text) noexcept {
     if (read.ec != std::errc::result_out_of_range) return n;
     using limits = std::numeric_limits<std::int64_t>;
     return text.front() == '-' ? limits::min() : limits::max();
+}
+
+char* write_scientific(char* first, double x, int digits, char exponent_letter) noexcept {
+    rounded_decimal rounded;
+    if (digits <= most_exact_digits && round_to_significant(x, digits + 1, rounded))
+        return write_rounded(write_sign(first, x), rounded, digits, exponent_letter);
+    char* const end = write_any(first, x, std::chars_format::scientific, digits);
+    if (exponent_letter == 'E') {
+        for (char* c = first; c != end; ++c) {
+            if (*c >= 'a') *c = static_cast<char>(*c - 'a' + 'A');
+        }
+    }
+    return end;
+}
+
+char* write_fixed(char* first, double x, int digits) noexcept {
+    std::uint64_t rounded = 0;
+    if (digits == 0 || digits > most_exact_digits || !round_to_places(x, digits, rounded))
+        return write_any(first, x, std::chars_format::fixed, digits);
+    const std::uint64_t power = powers_of_10[static_cast<unsigned>(digits)];
+    char* const at = write_integer(write_sign(first, x), rounded / power);
+    *at = '.';
+    return write_digits(at + 1, rounded % power, digits);
+}
+
+char* write_general_pointed(char* first, double x) noexcept {
+    constexpr int count = 6;
+    constexpr int least_exponent = -4;
+    rounded_decimal rounded;
+    // What cannot be rounded is so large or small that it is no case for the fixed form.
+    if (!round_to_significant(x, count, rounded) || rounded.exponent < least_exponent ||
+        rounded.exponent >= count)
+        return write_scientific(first, x, count - 1);
+    char* at = write_sign(first, x);
+    if (rounded.exponent >= 0)
+        return write_pointed(at, rounded.digits, count, rounded.exponent + 1);
+    at = std::copy_n("0.000", 1 - rounded.exponent, at);
+    return write_digits(at, rounded.digits, count);
 }
 
 } // namespace kvx::zelvo

@@ -3,9 +3,12 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 
+#include "io/exact_decimals.h"
 #include "io/nearest_rounding.h"
+#include "io/number_text.h"
 #include "io/open_files.h"
 
 namespace kvx::zelvo {
@@ -22,18 +25,28 @@ public:
     ~text_writer() { flush(); }
 
     /// The bytes as they are.
-    void text(std::string_view bytes) noexcept;
+    void text(std::string_view bytes) noexcept {
+        if (bytes.size() > buffer_.size() - size_) return long_text(bytes);
+        std::memcpy(buffer_.data() + size_, bytes.data(), bytes.size());
+        size_ += bytes.size();
+    }
     /// printf's "%*u": at least |width| characters, filled up with blanks before the number, or
     /// behind it when the width is negative. So in all forms with a width of at most 32.
-    void number(std::uint64_t n, int width = 0) noexcept;
+    void number(std::uint64_t n, int width = 0) noexcept {
+        end_number(write_integer(room(), n), width);
+    }
     /// printf's "%.<digits>f"; at most 32 digits, as for scientific().
-    void fixed(double x, int digits = 6) noexcept;
+    void fixed(double x, int digits = 6) noexcept { end_number(write_fixed(room(), x, digits)); }
     /// printf's "%*.<digits>e".
-    void scientific(double x, int digits = 6, int width = 0) noexcept;
+    void scientific(double x, int digits = 6, int width = 0) noexcept {
+        end_number(write_scientific(room(), x, digits), width);
+    }
     /// printf's "%E".
-    void scientific_upper(double x) noexcept;
+    void scientific_upper(double x) noexcept { end_number(write_scientific(room(), x, 6, 'E')); }
     /// printf's "%#*g": six significant digits, always with a point.
-    void general_pointed(double x, int width = 0) noexcept;
+    void general_pointed(double x, int width = 0) noexcept {
+        end_number(write_general_pointed(room(), x), width);
+    }
     /// The shortest text that reads back as the same number.
     void shortest(double x) noexcept;
 
@@ -43,10 +56,20 @@ public:
     bool failed() const noexcept { return failed_; }
 
 private:
+    static constexpr int widest = 32;
+
+    void long_text(std::string_view bytes) noexcept;
     /// The end of the text, with room for a number and its blanks.
-    char* room() noexcept;
+    char* room() noexcept {
+        if (buffer_.size() - size_ < longest_number) flush();
+        return buffer_.data() + size_;
+    }
     /// Ends the number that was written from room() on.
-    void end_number(const char* end, int width) noexcept;
+    void end_number(const char* end, int width = 0) noexcept {
+        if (width != 0) return end_padded(end, width);
+        size_ = static_cast<std::size_t>(end - buffer_.data());
+    }
+    void end_padded(const char* end, int width) noexcept;
 
     nearest_rounding rounding_;
     std::FILE* file_;

@@ -30,6 +30,15 @@ TEST(TextNumbers, AreThoseOfPrintfAndStrtodUnderAnyLocale) {
         numbers.push_back(i % 16 == 0 ? any : std::ldexp(std::frexp(any, &exponent), i % 99 - 49));
         numbers.push_back((static_cast<double>(bits() % 4000001) - 2e6) / 64);
     }
+    // Ties, what rounding carries to one digit more, and the limits of what is rounded in integers.
+    for (int power = -40; power <= 40; ++power) {
+        for (const double digits : {1.0, 1.25, 9.5, 9.9999995, 123456.5, 1234567.5}) {
+            const double x = digits * std::pow(10.0, power);
+            if (std::abs(x - 1e6) < 1.0) continue; // for which some printf write "1.e+06" as %#g
+            numbers.insert(numbers.end(), {std::nextafter(x, 0.0), x, std::nextafter(x, 1e300)});
+            numbers.push_back(std::ldexp(digits, power));
+        }
+    }
     std::string text = "18446744073709551615" + special;
     for (const double x : numbers) {
         char printed[500];
