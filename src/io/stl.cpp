@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <limits>
 #include <numeric>
@@ -16,6 +17,7 @@
 
 #include "foundation/memory_guard.h"
 #include "io/nearest_rounding.h"
+#include "io/number_text.h"
 #include "io/open_files.h"
 #include "io/text_reader.h"
 #include "io/text_writer.h"
@@ -56,6 +58,11 @@ double length(const point& a) {
 point scaled(const point& a) {
     const double largest = std::max({std::abs(a[0]), std::abs(a[1]), std::abs(a[2])});
     if (!(largest > 0.0) || !std::isfinite(largest)) return a;
+    const auto biased = static_cast<unsigned>(std::bit_cast<std::uint64_t>(largest) >> 52);
+    if (biased > 0 && biased < 2046) { // the power of two is a normal number
+        const auto factor = std::bit_cast<double>(std::uint64_t{2046 - biased} << 52);
+        return {factor * a[0], factor * a[1], factor * a[2]};
+    }
     const int exponent = -std::ilogb(largest);
     return {std::ldexp(a[0], exponent), std::ldexp(a[1], exponent), std::ldexp(a[2], exponent)};
 }
@@ -95,64 +102,117 @@ triangle corners_of(const dense2D<double>& pos, const unsigned int* nodes) {
 
 // ---- writing
 
-void write_ascii_vector(text_writer& out, std::string_view keyword, const point& x) {
-    out.text(keyword);
-    for (const double component : x) {
-        out.text(" ");
-        out.scientific(component);
+/// Three numbers of the ASCII form, each with a blank before it, and the end of their line.
+class vector_text {
+public:
+    void assign(const point& x) noexcept {
+        char* at = text_.data();
+        for (const double component : x) {
+            *at++ = ' ';
+            at = write_scientific(at, component);
+        }
+        *at++ = '\n';
+        length_ = static_cast<std::uint8_t>(at - text_.data());
     }
-    out.text("\n");
-}
+    operator std::string_view() const noexcept { return {text_.data(), length_}; }
 
-void write_ascii_facet(text_writer& out, const triangle& t) {
-    write_ascii_vector(out, "   facet normal", unit_normal(t));
-    out.text("      outer loop\n");
-    for (const point& vertex : t)
-        write_ascii_vector(out, "         vertex", vertex);
-    out.text("      endloop\n"
-             "   endfacet\n");
-}
+private:
+    static constexpr std::size_t longest = 3 * std::string_view(" -1.234567e+308").size() + 1;
+    std::array<char, longest> text_;
+    std::uint8_t length_ = 0;
+};
+
+/// The texts of the nodes written last, since facets of one neighbourhood share their nodes. A node
+/// has one place, which it may have to leave to another.
+class node_texts {
+public:
+    /// The text of a node at x; valid until the next one.
+    std::string_view operator()(unsigned int node, const point& x) noexcept {
+        place& p = places_[node % places_.size()];
+        if (p.node != node) {
+            p.node = node;
+            p.text.assign(x);
+        }
+        return p.text;
+    }
+
+private:
+    struct place {
+        vector_text text;
+        unsigned int node = no_node;
+    };
+
+    std::array<place, 1024> places_;
+};
+
+class ascii_writer {
+public:
+    explicit ascii_writer(text_writer& out) noexcept
+        : out_(out) {}
+
+    void operator()(const triangle& t, const unsigned int* nodes) noexcept {
+        vector_text normal;
+        normal.assign(unit_normal(t));
+        out_.text("   facet normal");
+        out_.text(normal);
+        out_.text("      outer loop\n");
+        for (unsigned k = 0; k < 3; ++k) {
+            out_.text("         vertex");
+            out_.text(texts_(nodes[k], t[k]));
+        }
+        out_.text("      endloop\n"
+                  "   endfacet\n");
+    }
+
+private:
+    text_writer& out_;
+    node_texts texts_;
+};
 
 char* put_bytes(char* out, std::uint32_t value) {
-    for (int shift = 0; shift < 32; shift += 8)
-        *out++ = static_cast<char>(value >> shift);
-    return out;
+    if constexpr (std::endian::native == std::endian::big) value = __builtin_bswap32(value);
+    std::memcpy(out, &value, sizeof value);
+    return out + sizeof value;
 }
 
 /// The nearest float; beyond its range infinity, where a plain conversion is undefined.
 float to_float(double x) {
     constexpr double largest = std::numeric_limits<float>::max();
     constexpr float infinity = std::numeric_limits<float>::infinity();
-    if (x > largest) return infinity;
-    if (x < -largest) return -infinity;
+    if (std::abs(x) > largest) return x > 0.0 ? infinity : -infinity;
     return static_cast<float>(x);
 }
 
-void write_binary_facet(text_writer& out, const triangle& t) {
-    std::array<char, facet_size> bytes{};
-    char* at = bytes.data();
-    const auto put_point = [&at](const point& x) {
-        for (const double component : x)
-            at = put_bytes(at, std::bit_cast<std::uint32_t>(to_float(component)));
-    };
-    put_point(unit_normal(t));
-    for (const point& vertex : t)
-        put_point(vertex);
-    out.text({bytes.data(), bytes.size()});
+char* put_point(char* out, const point& x) {
+    for (const double component : x)
+        out = put_bytes(out, std::bit_cast<std::uint32_t>(to_float(component)));
+    return out;
 }
 
+void write_binary_facet(text_writer& out, const triangle& t) {
+    char* at = put_point(out.room(), unit_normal(t));
+    for (const point& vertex : t)
+        at = put_point(at, vertex);
+    *at++ = 0; // attribute
+    *at++ = 0;
+    out.end(at);
+}
+
+/// Calls write(corners, nodes) for each facet until the file refuses something.
 template <class WriteFacet>
-void write_facets(text_writer& out, const dense2D<double>& pos,
-                  const dense2D<unsigned int>& connectM, WriteFacet&& write_facet) {
+void write_facets(const text_writer& out, const dense2D<double>& pos,
+                  const dense2D<unsigned int>& connectM, WriteFacet&& write) {
     if (connectM.empty()) return; // columns without rows hold no facet
-    for (std::uint64_t j = 0; j < connectM.cols() && !out.failed(); ++j)
-        write_facet(out, corners_of(pos, &connectM(0, j)));
+    for (std::uint64_t j = 0; j < connectM.cols() && !out.failed(); ++j) {
+        const unsigned int* const nodes = &connectM(0, j);
+        write(corners_of(pos, nodes), nodes);
+    }
 }
 
 void write_ascii(text_writer& out, const dense2D<double>& pos,
                  const dense2D<unsigned int>& connectM) {
     out.text("solid KVX\n");
-    write_facets(out, pos, connectM, write_ascii_facet);
+    write_facets(out, pos, connectM, ascii_writer(out));
     out.text("endsolid KVX\n");
 }
 
@@ -169,7 +229,8 @@ void write_binary(text_writer& out, const dense2D<double>& pos,
     put_bytes(preamble.data() + header_size,
               connectM.empty() ? 0 : static_cast<std::uint32_t>(connectM.cols()));
     out.text({preamble.data(), preamble.size()});
-    write_facets(out, pos, connectM, write_binary_facet);
+    write_facets(out, pos, connectM,
+                 [&out](const triangle& t, const unsigned int*) { write_binary_facet(out, t); });
 }
 
 // ---- reading

@@ -50,6 +50,14 @@ public:
     /// The shortest text that reads back as the same number.
     void shortest(double x) noexcept;
 
+    /// The end of the text, with room for what is no longer than any number; end() makes what was
+    /// written there up to `end` part of the text.
+    char* room() noexcept {
+        if (buffer_.size() - size_ < longest_number) flush();
+        return buffer_.data() + size_;
+    }
+    void end(const char* end) noexcept { size_ = static_cast<std::size_t>(end - buffer_.data()); }
+
     /// Hands what was written to the file; whether it took everything since the beginning.
     bool flush() noexcept;
     /// Whether the file refused something.
@@ -59,15 +67,10 @@ private:
     static constexpr int widest = 32;
 
     void long_text(std::string_view bytes) noexcept;
-    /// The end of the text, with room for a number and its blanks.
-    char* room() noexcept {
-        if (buffer_.size() - size_ < longest_number) flush();
-        return buffer_.data() + size_;
-    }
     /// Ends the number that was written from room() on.
-    void end_number(const char* end, int width = 0) noexcept {
-        if (width != 0) return end_padded(end, width);
-        size_ = static_cast<std::size_t>(end - buffer_.data());
+    void end_number(const char* last, int width = 0) noexcept {
+        if (width != 0) return end_padded(last, width);
+        end(last);
     }
     void end_padded(const char* end, int width) noexcept;
 
