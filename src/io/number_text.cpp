@@ -33,6 +33,17 @@ std::size_t plus_length(std::string_view text) noexcept {
     return text.starts_with('+') && !text.starts_with("+-") ? 1 : 0;
 }
 
+/// The powers of ten that doubles hold.
+constexpr auto exact_powers = [] {
+    std::array<double, 23> powers{};
+    double power = 1.0;
+    for (double& p : powers) {
+        p = power;
+        power *= 10.0;
+    }
+    return powers;
+}();
+
 /// Longest decimals that are rounded in exact integers.
 constexpr int most_exact_digits = 17;
 
@@ -67,7 +78,49 @@ char* write_rounded(char* first, const rounded_decimal& rounded, int digits,
 
 } // namespace
 
+const char* quick_real(const char* first, const char* last, double& x) noexcept {
+    constexpr std::ptrdiff_t most_digits_read = 19; // which 64 bits hold
+    constexpr auto most_power = static_cast<std::ptrdiff_t>(exact_powers.size()) - 1;
+    constexpr std::uint64_t most_mantissa = std::uint64_t{1} << 53;
+    const auto digits = [last](const char*& at, std::uint64_t& n) {
+        const char* const begin = at;
+        for (unsigned d = 0; at != last && (d = static_cast<unsigned char>(*at) - '0') < 10; ++at)
+            n = 10 * n + d; // of too many digits anything
+        return at - begin;
+    };
+    const char* at = first;
+    const bool negative = at != last && *at == '-';
+    at += negative;
+    std::uint64_t mantissa = 0;
+    std::ptrdiff_t count = digits(at, mantissa);
+    std::ptrdiff_t power = 0;
+    if (at != last && *at == '.') {
+        ++at;
+        power = -digits(at, mantissa);
+        count -= power;
+    }
+    if (count == 0 || count > most_digits_read) return nullptr;
+    if (at != last && (*at | 0x20) == 'e') {
+        ++at;
+        const bool down = at != last && *at == '-';
+        if (at != last && (*at == '-' || *at == '+')) ++at;
+        std::uint64_t exponent = 0;
+        const std::ptrdiff_t length = digits(at, exponent);
+        if (length == 0 || length > 3) return nullptr;
+        power +=
+            down ? -static_cast<std::ptrdiff_t>(exponent) : static_cast<std::ptrdiff_t>(exponent);
+    }
+    if (mantissa > most_mantissa || power < -most_power || power > most_power) return nullptr;
+    const auto n = static_cast<double>(static_cast<std::int64_t>(mantissa));
+    const double size = power < 0 ? n / exact_powers[static_cast<std::size_t>(-power)]
+                                  : n * exact_powers[static_cast<std::size_t>(power)];
+    x = negative ? -size : size;
+    return at;
+}
+
 std::size_t leading_real(std::string_view text, double& x) noexcept {
+    if (const char* const end = quick_real(text.data(), text.data() + text.size(), x))
+        return static_cast<std::size_t>(end - text.data());
     const char* const first = text.data() + plus_length(text);
     const auto read = std::from_chars(first, text.data() + text.size(), x);
     if (read.ec == std::errc::invalid_argument) return 0;

@@ -18,6 +18,11 @@ constexpr bool is_blank(char c) noexcept {
 /// that make it up; 0, with x as it was, when there is no number. White space before it is none.
 std::size_t leading_real(std::string_view text, double& x) noexcept;
 
+/// leading_real for a number of few digits and of everyday size, which two exact doubles make
+/// with one rounding, to nearest if that is the mode; the end of the number, or nullptr with x as
+/// it was for any other text.
+const char* quick_real(const char* first, const char* last, double& x) noexcept;
+
 /// The whole number that the text begins with, after white space; 0 when there is none, the nearest
 /// one that fits when it is too long.
 std::int64_t leading_integer(std::string_view text) noexcept;

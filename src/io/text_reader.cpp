@@ -34,9 +34,12 @@ bool text_reader::refill(std::size_t n) {
 
 bool text_reader::skip_blanks() {
     while (available(1)) {
-        while (at_ < end_ && is_blank(buffer_[at_]))
-            ++at_;
-        if (at_ < end_) return true;
+        const char* const last = buffer_.data() + end_;
+        const char* at = buffer_.data() + at_;
+        while (at != last && is_blank(*at))
+            ++at;
+        at_ = static_cast<std::size_t>(at - buffer_.data());
+        if (at != last) return true;
     }
     return false;
 }
@@ -61,14 +64,21 @@ void text_reader::skip_rest() {
 }
 
 bool text_reader::literal(std::string_view pattern) {
-    for (const char c : pattern) {
-        if (c == ' ') {
+    while (!pattern.empty()) {
+        const std::size_t length = pattern.find(' ');
+        if (length == 0) {
             skip_blanks();
-        } else if (available(1) && buffer_[at_] == c) {
-            ++at_;
-        } else {
-            return false;
+            pattern.remove_prefix(1);
+            continue;
         }
+        const std::string_view word = pattern.substr(0, length);
+        available(word.size());
+        const char* const first = buffer_.data() + at_;
+        const std::size_t most = std::min(word.size(), end_ - at_);
+        const auto equal = std::mismatch(first, first + most, word.begin()).first - first;
+        at_ += static_cast<std::size_t>(equal);
+        if (static_cast<std::size_t>(equal) != word.size()) return false;
+        pattern.remove_prefix(word.size());
     }
     return true;
 }
@@ -98,6 +108,13 @@ std::size_t text_reader::number_length() {
 
 bool text_reader::number(double& x) {
     skip_blanks();
+    const char* const first = buffer_.data() + at_;
+    const char* const last = buffer_.data() + end_;
+    const char* const end = quick_real(first, last, x);
+    if (end && end != last) { // it goes on in no other block
+        at_ = static_cast<std::size_t>(end - buffer_.data());
+        return true;
+    }
     const std::size_t longest = number_length();
     const std::size_t length = leading_real({buffer_.data() + at_, longest}, x);
     at_ += length;
