@@ -206,18 +206,29 @@ constexpr bool is_separator(char c) {
     return c == ' ' || c == '\t' || c == '\r';
 }
 
-card_line split(std::string_view text) {
-    card_line line;
+/// Whether a character ends a field.
+constexpr auto ends_field = [] {
+    std::array<bool, 256> ends{};
+    for (const char c : std::string_view(", \t\r"))
+        ends[static_cast<unsigned char>(c)] = true;
+    return ends;
+}();
+
+void split(std::string_view text, card_line& line) {
+    line.count = 0;
+    line.last = {};
     line.indented = !text.empty() && (is_separator(text.front()) || text.front() == ',');
     const char* at = text.data();
     const char* const end = at + text.size();
     while (true) {
-        at = std::find_if_not(at, end, is_separator);
-        if (at == end) return line;
+        while (at != end && is_separator(*at))
+            ++at;
+        if (at == end) return;
         while (at != end && !is_separator(*at)) {
             const char* const first = at;
-            at = std::find_if(at, end, [](char c) { return c == ',' || is_separator(c); });
-            if (line.count == 0 && *first == '$') return line;
+            while (at != end && !ends_field[static_cast<unsigned char>(*at)])
+                ++at;
+            if (line.count == 0 && *first == '$') return;
             line.last = {first, static_cast<std::size_t>(at - first)};
             if (line.count < line.fields.size()) line.fields[line.count] = line.last;
             ++line.count;
@@ -245,7 +256,7 @@ public:
         if (std::exchange(put_back_, false)) return true;
         line_.count = 0;
         for (std::string_view text; !ended_ && in_.line(text);) {
-            line_ = split(text);
+            split(text, line_);
             if (line_.count == 0) continue;
             ended_ = text.find("ENDDATA") != text.npos;
             if (!ended_) return true;

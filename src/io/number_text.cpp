@@ -84,8 +84,8 @@ const char* quick_real(const char* first, const char* last, double& x) noexcept 
     constexpr std::uint64_t most_mantissa = std::uint64_t{1} << 53;
     const auto digits = [last](const char*& at, std::uint64_t& n) {
         const char* const begin = at;
-        for (unsigned d = 0; at != last && (d = static_cast<unsigned char>(*at) - '0') < 10; ++at)
-            n = 10 * n + d; // of too many digits anything
+        for (; at != last && is_digit(*at); ++at)
+            n = 10 * n + digit(*at); // of too many digits anything
         return at - begin;
     };
     const char* at = first;
@@ -139,6 +139,13 @@ std::int64_t leading_integer(std::string_view text) noexcept {
         text.remove_prefix(1);
     text.remove_prefix(plus_length(text));
     std::int64_t n = 0;
+    constexpr std::size_t few_digits = 18; // which 64 bits hold
+    const bool negative = text.starts_with('-');
+    const char* at = text.data() + negative;
+    const char* const end = at + std::min(few_digits, text.size() - negative);
+    for (; at != end && is_digit(*at); ++at)
+        n = 10 * n + digit(*at);
+    if (at != end || text.size() - negative < few_digits) return negative ? -n : n;
     const auto read = std::from_chars(text.data(), text.data() + text.size(), n);
     if (read.ec != std::errc::result_out_of_range) return n;
     using limits = std::numeric_limits<std::int64_t>;

@@ -13,6 +13,13 @@ constexpr bool is_blank(char c) noexcept {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+constexpr bool is_digit(char c) noexcept {
+    return c >= '0' && c <= '9';
+}
+constexpr unsigned int digit(char c) noexcept {
+    return static_cast<unsigned int>(c - '0');
+}
+
 /// Reads the longest decimal number that the text begins with, with its sign, "inf" and "nan"
 /// included; beyond the range of double it is +-infinity or +-0. Returns the number of characters
 /// that make it up; 0, with x as it was, when there is no number. White space before it is none.

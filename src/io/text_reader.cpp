@@ -9,9 +9,6 @@ namespace {
 
 constexpr std::size_t block_size = 65536;
 
-constexpr bool is_digit(char c) noexcept {
-    return c >= '0' && c <= '9';
-}
 constexpr bool is_letter(char c) noexcept {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }

@@ -78,9 +78,10 @@ unsigned leading_numbers(std::string_view line, std::span<double> numbers) {
         line.remove_prefix(static_cast<std::size_t>(
             std::find_if_not(line.begin(), line.end(), is_blank) - line.begin()));
         const std::size_t length = leading_real(line, numbers[count]);
-        const bool with_exponent = line.substr(0, length).find_first_of("eE") != line.npos;
+        const std::string_view number = line.substr(0, length);
         line.remove_prefix(length);
-        const bool cut = !with_exponent && (line.starts_with('e') || line.starts_with('E'));
+        const bool cut = (line.starts_with('e') || line.starts_with('E')) &&
+                         number.find_first_of("eE") == number.npos;
         if (length == 0 || cut || !std::isfinite(numbers[count])) break;
         ++count;
     }
@@ -89,13 +90,15 @@ unsigned leading_numbers(std::string_view line, std::span<double> numbers) {
 
 /// Takes a whole number without a sign; whether there is one that fits.
 bool take_index(std::string_view& text, unsigned int& n) {
-    const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
-    const auto* const end = std::find_if_not(text.begin(), text.end(), is_digit);
-    const std::int64_t value = leading_integer({text.begin(), end});
-    constexpr std::int64_t largest = 0xFFFFFFFF;
-    if (end == text.begin() || value > largest) return false;
+    constexpr std::uint64_t largest = 0xFFFFFFFF;
+    std::uint64_t value = 0;
+    const char* at = text.begin();
+    for (; at != text.end() && is_digit(*at); ++at) {
+        if (value <= largest) value = 10 * value + digit(*at);
+    }
+    if (at == text.begin() || value > largest) return false;
     n = static_cast<unsigned int>(value);
-    text = {end, text.end()};
+    text.remove_prefix(static_cast<std::size_t>(at - text.begin()));
     return true;
 }
 
