@@ -63,11 +63,19 @@ bool empty_or(const dense2D<double>& m, std::uint64_t rows, std::uint64_t cols) 
 
 // ---- reading
 
+/// Skips white space; whether anything follows.
+bool skip_blanks(std::string_view& line) {
+    while (!line.empty() && is_blank(line.front()))
+        line.remove_prefix(1);
+    return !line.empty();
+}
+
 std::string_view next_word(std::string_view& line) {
-    const auto* const begin = std::find_if_not(line.begin(), line.end(), is_blank);
-    const auto* const end = std::find_if(begin, line.end(), is_blank);
+    skip_blanks(line);
+    const auto* const end = std::find_if(line.begin(), line.end(), is_blank);
+    const std::string_view word(line.begin(), end);
     line = {end, line.end()};
-    return {begin, end};
+    return word;
 }
 
 /// Reads numbers in the manner of stream extraction, which knows neither "inf" nor numbers beyond
@@ -75,8 +83,7 @@ std::string_view next_word(std::string_view& line) {
 unsigned leading_numbers(std::string_view line, std::span<double> numbers) {
     unsigned count = 0;
     while (count < numbers.size()) {
-        line.remove_prefix(static_cast<std::size_t>(
-            std::find_if_not(line.begin(), line.end(), is_blank) - line.begin()));
+        skip_blanks(line);
         const std::size_t length = leading_real(line, numbers[count]);
         const std::string_view number = line.substr(0, length);
         line.remove_prefix(length);
@@ -145,8 +152,16 @@ struct obj_arrays {
 void read_face(std::string_view corners, const obj_arrays& out) {
     std::array<unsigned int, 4> nodes;
     unsigned count = 0;
-    for (std::string_view word; !(word = next_word(corners)).empty(); ++count) {
-        if (count == nodes.size() || !read_corner(word, nodes[count])) return;
+    for (std::string_view word; skip_blanks(corners); ++count) {
+        if (count == nodes.size()) return;
+        word = corners;
+        unsigned int& node = nodes[count];
+        if (take_index(word, node) && (word.empty() || is_blank(word.front()))) {
+            corners = word; // mostly
+            if (node > 0) --node;
+        } else if (!read_corner(next_word(corners), node)) {
+            return;
+        }
     }
     const std::span<const unsigned int> face(nodes.data(), count);
     if (count == 3) append_column(out.triangles, face);

@@ -16,11 +16,13 @@ namespace {
 
 TEST(TextNumbers, AreThoseOfPrintfAndStrtodUnderAnyLocale) {
     const std::string zeros(300000, '0'); // longer than the buffers
-    const std::string special = " +1.5 .5 5. -.25E+2 0.01e+400 -1e400 1e-400 -1e-400 4e-324 2e-324 "
-                                "INF 1e99999999999999999999 "
-                                "-1e-99999999999999999999 -infinity NaN 0e99999999999999999999 0." +
-                                zeros + "1e300001 0." + zeros + "1 1" + zeros + "e-300000 1" +
-                                zeros;
+    const std::string special =
+        " +1.5 .5 5. -.25E+2 0.01e+400 -1e400 1e-400 -1e-400 4e-324 2e-324 "
+        "INF 1e99999999999999999999 "
+        "9007199254740992e22 -9007199254740993e-22 9007199254740995 1e23 7e-23 "
+        "9999999999999999999 36893488147419103233 .3e-05 "
+        "-1e-99999999999999999999 -infinity NaN 0e99999999999999999999 0." +
+        zeros + "1e300001 0." + zeros + "1 1" + zeros + "e-300000 1" + zeros;
     // Of everyday size, with all digits, and now and then of any size, which makes long text.
     std::vector<double> numbers = {-0.0, 1e308, 5e-324, 2.5, NAN, -NAN, INFINITY, -INFINITY};
     std::mt19937_64 bits;
@@ -85,6 +87,7 @@ TEST(TextNumbers, AreThoseOfAtoiSaturatedAndTheShortestThatReadBack) {
     constexpr auto most = std::numeric_limits<std::int64_t>::max();
     EXPECT_EQ(leading_integer(" \t-17x") + leading_integer("+-1") + leading_integer(""), -17);
     EXPECT_EQ(leading_integer("-99999999999999999999"), -most - 1);
+    EXPECT_EQ(leading_integer("999999999999999999,"), leading_integer("1000000000000000000") - 1);
     const scratch_file scratch;
     const closing_file file = scratch.open("w+b");
     text_writer writer(file.get());
