@@ -4,7 +4,6 @@
 
 #include <kvx/zelvo/node_indices.h>
 
-#include "foundation/appending.h"
 #include "foundation/matrix_range.h"
 #include "foundation/memory_guard.h"
 #include "indices/index_collection.h"
@@ -61,9 +60,7 @@ int append_in_box(const node_tree<Dim>& tree, const vector_fixed<double, From>& 
                   const vector_fixed<double, From>& Pmax, dense1D<unsigned int>& nodes) {
     const std::uint64_t before = nodes.size();
     const int code = guarded([&] {
-        appender<unsigned int> found(nodes);
-        tree.find_in_box(point_of<Dim>(Pmin), point_of<Dim>(Pmax),
-                         [&](unsigned int node) { found.push(node); });
+        tree.find_in_box(point_of<Dim>(Pmin), point_of<Dim>(Pmax), nodes);
         return 0;
     });
     if (code != 0) nodes.resize(before);

@@ -81,9 +81,8 @@ struct plain_tree {
 };
 
 template <unsigned Dim>
-void compare_with_plain_tree(const cloud_maker& draw, engine& random) {
-    const unsigned n = 1 + random() % 300;
-    const auto pos = strided(cloud(Dim, n, draw, random), 7.0);
+void compare_with_plain_tree(unsigned n, const cloud_maker& draw, engine& random) {
+    auto pos = strided(cloud(Dim, n, draw, random), 7.0);
     plain_tree plain{pos};
     node_detector detector(pos);
     plain.insert(identity(n));
@@ -97,7 +96,10 @@ void compare_with_plain_tree(const cloud_maker& draw, engine& random) {
     ASSERT_EQ(detector.size(), plain.records.size());
     node_detector copy;
     copy = detector;
-    for (unsigned query = 0; query < 40; ++query) {
+    for (unsigned query = 0; query < 60; ++query) {
+        // Coordinates move: at first none, then some of those that a query meets, at last most.
+        for (unsigned move = 20; move < query; ++move)
+            pos(random() % Dim, random() % n) = random() % 9 ? draw(random) : nan;
         vector_fixed<double, Dim> P, Q;
         for (unsigned i = 0; i < Dim; ++i) {
             P[i] = query % 2 ? draw(random) : pos(i, random() % n);
@@ -125,8 +127,9 @@ TEST(node_detector, answers_like_the_plain_tree) {
     for (const auto& [name, draw] : hostile_clouds) {
         for (unsigned round = 0; round < 60; ++round) {
             SCOPED_TRACE(testing::Message() << name << ", round " << round);
-            round % 2 ? compare_with_plain_tree<2>(draw, random)
-                      : compare_with_plain_tree<3>(draw, random);
+            const unsigned n = round < 2 ? 6000 : 1 + random() % 300; // many gather by subtrees
+            round % 2 ? compare_with_plain_tree<2>(n, draw, random)
+                      : compare_with_plain_tree<3>(n, draw, random);
             if (HasFatalFailure()) return;
         }
     }
