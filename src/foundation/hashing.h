@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include <kvx/dense_array.h>
 #include <kvx/element_type.h>
 
 #include "foundation/memory_guard.h"
@@ -69,6 +70,64 @@ private:
 
     std::vector<unsigned int> slots_;
     std::uint64_t seed_;
+};
+
+/// Open-addressing table of numbers below a bound, for keys that lie elsewhere in memory: a slot
+/// has, in the bits that the number leaves free, a part of the hash, so keys are looked at for
+/// little else than what is sought. What is about to be sought may be fetched ahead. 7 bytes a
+/// number stored.
+class tagged_slots {
+public:
+    /// For at most `count` numbers below `bound`. Throws std::bad_alloc.
+    tagged_slots(std::uint64_t count, std::uint64_t bound)
+        : number_bits_(static_cast<unsigned>(std::bit_width(bound)))
+        , number_mask_(static_cast<unsigned int>((std::uint64_t{1} << number_bits_) - 1)) {
+        need_numbers_for(bound);
+        need(slots_.resize(count + count / 4 * 3 + 16, no_node));
+    }
+
+    void prefetch(std::uint64_t hash) const { __builtin_prefetch(&slots_[place(hash)]); }
+
+    /// A guess, cheap and mostly right, at what a search finds first; no_node for nothing.
+    unsigned int likely(std::uint64_t hash) const {
+        const unsigned int slot = slots_[place(hash)];
+        return slot != no_node && has_tag(slot, hash) ? slot & number_mask_ : no_node;
+    }
+
+    /// Calls visit(number) for every number that may have been stored with this hash, among them
+    /// all that have been, until it answers false. Returns the slot where it ended: the one to
+    /// store a number of this hash in, when visit always answered true. Adds to `steps` the slots
+    /// looked at.
+    template <class Visit>
+    std::uint64_t search(std::uint64_t hash, std::uint64_t& steps, Visit&& visit) const {
+        std::uint64_t at = place(hash);
+        for (;; at = at + 1 == slots_.size() ? 0 : at + 1) {
+            ++steps;
+            const unsigned int slot = slots_[at];
+            if (slot == no_node || (has_tag(slot, hash) && !visit(slot & number_mask_))) return at;
+        }
+    }
+
+    void store(std::uint64_t at, std::uint64_t hash, unsigned int number) {
+        slots_[at] = tag(hash) | number;
+    }
+
+private:
+    /// The upper bits of a hash tell the place, the lower ones the tag.
+    std::uint64_t place(std::uint64_t hash) const {
+        return static_cast<std::uint64_t>((static_cast<unsigned __int128>(hash) * slots_.size()) >>
+                                          64);
+    }
+    unsigned int tag(std::uint64_t hash) const {
+        return static_cast<unsigned int>(hash) & ~number_mask_;
+    }
+    bool has_tag(unsigned int slot, std::uint64_t hash) const {
+        return ((slot ^ static_cast<unsigned int>(hash)) & ~number_mask_) == 0;
+    }
+
+    unsigned number_bits_;
+    unsigned int number_mask_;
+    dense1D<unsigned int> slots_;
 };
 
 } // namespace kvx::zelvo

@@ -16,6 +16,7 @@
 #include "foundation/matrix_range.h"
 #include "foundation/memory_guard.h"
 #include "indices/index_collection.h"
+#include "search/cell_pairs.h"
 #include "search/close_pairs.h"
 #include "search/distances.h"
 
@@ -27,6 +28,10 @@ constexpr double default_tolerance = 1e-6;
 
 /// Pairs held at a time, per node.
 constexpr std::uint64_t pairs_per_node = 4;
+
+/// Width of cells in tolerances: few nodes look beyond a wide one, few share a narrow one.
+constexpr double wide_cells = 16;
+constexpr double narrow_cells = 4;
 
 /// Two nodes that may be joined; the collector that made the pair knows what the numbers stand for.
 struct merge_pair {
@@ -139,6 +144,21 @@ bool is_finite(const double* x) {
     return std::all_of(x, x + Dim, [](double c) { return std::isfinite(c); });
 }
 
+/// Joins pairs in their order where both nodes stay; node(number) tells the nodes. Returns how many.
+template <class Node>
+std::uint64_t join_in_order(const std::vector<merge_pair>& pairs, Node&& node,
+                            dense1D<unsigned int>& new_IDs) {
+    std::uint64_t joined = 0;
+    for (const merge_pair& pair : pairs) {
+        const unsigned int by = node(pair.survivor);
+        const unsigned int absorbed = node(pair.absorbed);
+        if (!stays(new_IDs, by) || !stays(new_IDs, absorbed)) continue;
+        new_IDs[absorbed] = by;
+        ++joined;
+    }
+    return joined;
+}
+
 /// Joins pairs nearest first, with the result of sorting all pairs up to the tolerance at once.
 ///
 /// Nodes that both stay after all pairs up to some distance lie further apart than that, so the
@@ -158,17 +178,19 @@ std::uint64_t join_nearest_first(Collector& collector, double tol, std::uint64_t
         while (!collector.collect(band, new_IDs))
             band.narrow();
         collector.sort(band.pairs());
-        const std::uint64_t joined_before = joined;
-        for (const merge_pair& pair : band.pairs()) {
-            const unsigned int by = collector.node(pair.survivor);
-            const unsigned int absorbed = collector.node(pair.absorbed);
-            if (!stays(new_IDs, by) || !stays(new_IDs, absorbed)) continue;
-            new_IDs[absorbed] = by;
-            ++joined;
-        }
-        if (joined > joined_before) collector.drop_absorbed(new_IDs);
+        const std::uint64_t newly_joined = join_in_order(
+            band.pairs(), [&](unsigned int number) { return collector.node(number); }, new_IDs);
+        if (newly_joined > 0) collector.drop_absorbed(new_IDs);
+        joined += newly_joined;
     } while (band.advance());
     return joined;
+}
+
+/// The order in which pairs of nodes act that are numbered by their turn.
+void sort_by_turn(std::vector<merge_pair>& pairs) {
+    std::sort(pairs.begin(), pairs.end(), [](const merge_pair& a, const merge_pair& b) {
+        return a.distance != b.distance ? a.distance < b.distance : a.survivor < b.survivor;
+    });
 }
 
 /// Pairs of listed nodes. Nodes are numbered by their turn: survivors in list order first.
@@ -205,11 +227,7 @@ public:
         });
     }
 
-    static void sort(std::vector<merge_pair>& pairs) {
-        std::sort(pairs.begin(), pairs.end(), [](const merge_pair& a, const merge_pair& b) {
-            return a.distance != b.distance ? a.distance < b.distance : a.survivor < b.survivor;
-        });
-    }
+    static void sort(std::vector<merge_pair>& pairs) { sort_by_turn(pairs); }
 
     unsigned int node(unsigned int number) const { return nodes_[number]; }
 
@@ -323,12 +341,37 @@ struct listed_nodes {
     std::vector<pair_role> roles; ///< one per column of pos
 };
 
-/// The first node at each place stands for all others of its role there: whatever absorbs or stays
-/// with the one does so with the others at the same turn. The others leave the list and are
-/// returned with the node that stands for them.
+/// Listed nodes at the place of an earlier one of their role, which stands for them: whatever
+/// absorbs or stays with the one does so with the others at the same turn.
+class coincident_nodes {
+public:
+    /// Of nodes in both roles the earlier absorbs the others before all other pairs.
+    void add(unsigned int node, unsigned int stands, pair_role role,
+             dense1D<unsigned int>& new_IDs) {
+        if (role == absorbable) absorbable_.push_back({node, stands});
+        if (role != both) return;
+        new_IDs[node] = stands;
+        ++joined_;
+    }
+    /// When all pairs have been joined; returns the number of nodes that were absorbed.
+    std::uint64_t join(dense1D<unsigned int>& new_IDs) const {
+        std::uint64_t joined = joined_;
+        for (const auto& [node, stands] : absorbable_) {
+            joined += !stays(new_IDs, stands);
+            if (!stays(new_IDs, stands)) new_IDs[node] = new_IDs[stands];
+        }
+        return joined;
+    }
+
+private:
+    std::uint64_t joined_ = 0;
+    std::vector<std::array<unsigned int, 2>> absorbable_;
+};
+
+/// Takes coincident nodes out of the list.
 template <unsigned Dim>
-std::vector<std::array<unsigned int, 2>> take_out_coincident(const dense2D<double>& pos,
-                                                             listed_nodes& listed) {
+coincident_nodes take_out_coincident(const dense2D<double>& pos, listed_nodes& listed,
+                                     dense1D<unsigned int>& new_IDs) {
     hash_slots places(listed.nodes.size());
     const auto hash = [&](unsigned int node) {
         std::uint64_t bits = places.seed() + listed.roles[node];
@@ -343,33 +386,101 @@ std::vector<std::array<unsigned int, 2>> take_out_coincident(const dense2D<doubl
             same &= pos(i, a) == pos(i, b);
         return same;
     };
-    std::vector<std::array<unsigned int, 2>> coincident;
+    coincident_nodes coincident;
     std::erase_if(listed.nodes, [&](unsigned int node) {
         if (!is_finite<Dim>(&pos(0, node))) return false; // infinite coordinates have no distance 0
         const unsigned int stands = places.find_or_insert(
             hash(node), node, [&](unsigned int other) { return equal(node, other); });
         if (stands == no_node) return false;
-        coincident.push_back({node, stands});
+        coincident.add(node, stands, listed.roles[node], new_IDs);
         return true;
     });
     return coincident;
+}
+
+/// What a search through cells finds: coincident nodes, which are joined at once, and all pairs.
+struct found_in_cells {
+    coincident_nodes coincident;
+    std::vector<merge_pair> pairs; ///< of nodes
+};
+
+/// False where cells are crowded or pairs many; new_IDs is then the identity again.
+template <unsigned Dim>
+bool find_in_cells(const dense2D<double>& pos, const listed_nodes& listed, double tol,
+                   double tolerances_a_cell, dense1D<unsigned int>& new_IDs,
+                   found_in_cells& found) {
+    const auto same_place = [&](unsigned int node, unsigned int other) {
+        const bool stands = listed.roles[node] == listed.roles[other];
+        if (stands) found.coincident.add(node, other, listed.roles[node], new_IDs);
+        return stands;
+    };
+    const auto may_join = [&](unsigned int by, unsigned int absorbed) {
+        return (listed.roles[by] & survivor) != 0 && (listed.roles[absorbed] & absorbable) != 0 &&
+               in_box<Dim>(&pos(0, by), &pos(0, absorbed), tol);
+    };
+    // Of two nodes that may absorb each other the first listed one has its turn first.
+    const auto close = [&](unsigned int node, unsigned int other, double d) {
+        if (may_join(other, node)) {
+            found.pairs.push_back({d, other, node});
+        } else if (may_join(node, other)) {
+            found.pairs.push_back({d, node, other});
+        }
+        return found.pairs.size() <= listed.nodes.size();
+    };
+    cell_pairs<Dim> cells(pos, tol, tolerances_a_cell);
+    if (cells.run(listed.nodes, same_place, close)) return true;
+    found = {};
+    std::iota(new_IDs.begin(), new_IDs.end(), 0u);
+    return false;
+}
+
+/// Joins pairs nearest first. Those of two nodes that are in no other pair need no order.
+std::uint64_t join_pairs(std::vector<merge_pair>& pairs, const listed_nodes& listed,
+                         dense1D<unsigned int>& new_IDs) {
+    if (pairs.empty()) return 0;
+    constexpr std::uint8_t several = 2;
+    std::vector<std::uint8_t> pairs_of(listed.roles.size());
+    for (const merge_pair& pair : pairs) {
+        for (const unsigned int node : {pair.survivor, pair.absorbed})
+            pairs_of[node] = std::min<std::uint8_t>(several, pairs_of[node] + 1);
+    }
+    std::uint64_t joined = pairs.size();
+    std::erase_if(pairs, [&](const merge_pair& pair) {
+        if (pairs_of[pair.survivor] == several || pairs_of[pair.absorbed] == several) return false;
+        new_IDs[pair.absorbed] = pair.survivor;
+        return true;
+    });
+    joined -= pairs.size();
+    if (pairs.empty()) return joined;
+    std::vector<unsigned int> turns(listed.roles.size());
+    for (std::size_t k = 0; k < listed.nodes.size(); ++k)
+        turns[listed.nodes[k]] = static_cast<unsigned int>(k);
+    for (merge_pair& pair : pairs)
+        pair = {pair.distance, turns[pair.survivor], turns[pair.absorbed]};
+    sort_by_turn(pairs);
+    return joined + join_in_order(
+                        pairs, [&](unsigned int turn) { return listed.nodes[turn]; }, new_IDs);
 }
 
 /// The whole procedure for listed nodes; new_IDs is the identity on entry.
 template <unsigned Dim>
 std::uint64_t merge_listed(const dense2D<double>& pos, listed_nodes& listed, double tol,
                            dense1D<unsigned int>& new_IDs) {
-    const auto coincident = take_out_coincident<Dim>(pos, listed);
-    const std::uint64_t count = listed.nodes.size();
-    list_pairs<Dim> pairs(pos, std::move(listed.nodes), listed.roles, tol);
-    std::uint64_t joined = join_nearest_first(pairs, tol, count, new_IDs);
-    for (const auto& [node, stands] : coincident) {
-        const pair_role r = listed.roles[node];
-        if (r == both || (r == absorbable && !stays(new_IDs, stands))) {
-            new_IDs[node] = r == both ? stands : new_IDs[stands];
-            ++joined;
-        }
+    std::uint64_t joined = 0;
+    found_in_cells found;
+    const bool sparse =
+        cell_pairs<Dim>::takes(tol) &&
+        (find_in_cells<Dim>(pos, listed, tol, wide_cells, new_IDs, found) ||
+         (tol > 0 && find_in_cells<Dim>(pos, listed, tol, narrow_cells, new_IDs, found)));
+    if (sparse) {
+        joined = join_pairs(found.pairs, listed, new_IDs);
+    } else {
+        found.coincident = take_out_coincident<Dim>(pos, listed, new_IDs);
+        const std::uint64_t count = listed.nodes.size();
+        list_pairs<Dim> pairs(pos, std::move(listed.nodes), listed.roles, tol);
+        joined = join_nearest_first(pairs, tol, count, new_IDs);
     }
+    joined += found.coincident.join(new_IDs);
     resolve_chains(new_IDs);
     return joined;
 }
