@@ -18,6 +18,11 @@ inline std::uint64_t mixed_bits(std::uint64_t x) {
     return x ^ (x >> 31);
 }
 
+/// The part of one coordinate in the hash of a place, which is the sum of the parts.
+inline std::uint64_t place_hash(double x, unsigned axis) {
+    return mixed_bits(std::bit_cast<std::uint64_t>(x) + axis * 0x9E3779B97F4A7C15u);
+}
+
 /// Open-addressing table of 32-bit values below no_node. What is equal is told by the caller, who
 /// keeps the keys; so the table costs 4 bytes a slot, 6 to 12 bytes a value.
 class hash_slots {

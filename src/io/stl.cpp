@@ -16,6 +16,7 @@
 #include <kvx/zelvo/simplification.h>
 
 #include "foundation/memory_guard.h"
+#include "io/distinct_nodes.h"
 #include "io/nearest_rounding.h"
 #include "io/number_text.h"
 #include "io/open_files.h"
@@ -49,8 +50,12 @@ point cross(const point& a, const point& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
+double squared_length(const point& a) {
+    return a[0] * a[0] + a[1] * a[1] + a[2] * a[2];
+}
+
 double length(const point& a) {
-    return std::sqrt(a[0] * a[0] + a[1] * a[1] + a[2] * a[2]);
+    return std::sqrt(squared_length(a));
 }
 
 /// The vector times the power of two that brings its largest component near 1, so that products of
@@ -90,6 +95,35 @@ double smallest_height(const triangle& t) {
     const double h2 = height(t[2], t[0], t[1]);
     return h0 > 0.0 && h1 > 0.0 && h2 > 0.0 ? std::min({h0, h1, h2}) : 0.0;
 }
+
+/// Smallest positive height of all triangles; the largest double where there is none.
+class smallest_positive_height {
+public:
+    void add(const triangle& t) {
+        if (is_surely_higher(t)) return;
+        const double h = smallest_height(t);
+        if (h > 0.0 && h < smallest_) smallest_ = h;
+    }
+    double value() const { return smallest_; }
+
+private:
+    /// Tells for most triangles, from squares, that none of their heights as computed is smaller:
+    /// twice the area over the longest side is larger by more than rounding does to it.
+    bool is_surely_higher(const triangle& t) const {
+        constexpr double margin = 1 + 1e-6;
+        constexpr double least_part = 1e-12; // of area: below, rounding may do more to it
+        constexpr double least = 1e-280;     // squares have all their digits
+        const point a = difference(t[1], t[0]);
+        const point b = difference(t[2], t[0]);
+        const point c = difference(t[2], t[1]);
+        const double longest = std::max({squared_length(a), squared_length(b), squared_length(c)});
+        const double area = squared_length(cross(a, b));
+        return area > least && area > least_part * longest * longest &&
+               area > smallest_ * smallest_ * margin * longest;
+    }
+
+    double smallest_ = std::numeric_limits<double>::max();
+};
 
 triangle corners_of(const dense2D<double>& pos, const unsigned int* nodes) {
     triangle t;
@@ -325,127 +359,180 @@ private:
     std::uint64_t left_ = 0;
 };
 
-/// Gathers facets as columns of coordinates, three nodes a facet. Room doubles; what is filled in
-/// advance is a small step only, so that the memory in use follows the facets that are there.
+/// Gathers facets, as many at a time as are numbered at once, and finds their smallest height.
 class facet_nodes {
 public:
-    facet_nodes(dense2D<double>& pos, std::uint64_t expected)
-        : pos_(pos) {
-        need_numbers_for(3 * expected);
-        if (expected > 0) need(pos_.reserve(3, 3 * expected));
-        reserved_ = expected;
+    /// A closed surface has half as many nodes as facets.
+    facet_nodes(dense2D<double>& pos, dense2D<unsigned int>& connectM, std::uint64_t expected)
+        : nodes_(pos, countable(expected) / 2 + expected / 16)
+        , connectM_(connectM) {
+        need(connectM.reserve(3, expected));
     }
 
     void push(const triangle& t) {
-        if (count_ == room_) make_room();
-        double* x = pos_.data() + 9 * count_++;
-        for (const point& vertex : t)
-            x = std::copy(vertex.begin(), vertex.end(), x);
+        smallest_height_.add(t);
+        std::copy(t.begin(), t.end(), block_.begin() + 3 * static_cast<std::ptrdiff_t>(held_));
+        if (++held_ == facets_at_once) number();
     }
-    /// Cuts off the room that was not used; returns the number of facets.
+
+    /// To be called behind the last facet; returns the number of distinct nodes.
     std::uint64_t finish() {
-        if (count_ == 0) {
-            pos_.clear();
+        number();
+        if (facets_ == 0) {
+            connectM_.clear();
         } else {
-            need(pos_.resize(3, 3 * count_));
+            connectM_.resize(3, facets_);
         }
-        return count_;
+        return nodes_.finish();
     }
+
+    std::uint64_t facets() const { return facets_; }
+    /// Whether a facet has a node twice.
+    bool has_repeated() const { return has_repeated_; }
+    double smallest_height() const { return smallest_height_.value(); }
 
 private:
+    static constexpr std::size_t facets_at_once = distinct_nodes::most_at_once / 3;
+
+    /// The number of facets, when three nodes each have 32-bit numbers.
+    static std::uint64_t countable(std::uint64_t facets) {
+        need_numbers_for(3 * facets);
+        return facets;
+    }
+    void number() {
+        if (countable(facets_ + held_) > connectM_.cols()) make_room();
+        unsigned int* const numbers = connectM_.data() + 3 * facets_;
+        nodes_.number({block_.data(), 3 * held_}, numbers);
+        for (const unsigned int* n = numbers; n != numbers + 3 * held_; n += 3)
+            has_repeated_ |= n[0] == n[1] || n[1] == n[2] || n[2] == n[0];
+        facets_ += held_;
+        held_ = 0;
+    }
     void make_room() {
         constexpr std::uint64_t step = 1024;
-        need_numbers_for(3 * (room_ + step));
-        room_ += step;
-        if (room_ > reserved_) {
-            reserved_ = std::max(room_, 2 * reserved_);
-            need(pos_.reserve(3, 3 * reserved_));
-        }
-        need(pos_.resize(3, 3 * room_));
+        const std::uint64_t wanted = facets_ + held_;
+        if (wanted > connectM_.col_capacity()) need(connectM_.reserve(3, 2 * wanted + step));
+        need(connectM_.resize(3, std::min(wanted + step, connectM_.col_capacity())));
     }
 
-    dense2D<double>& pos_;
-    std::uint64_t count_ = 0;
-    std::uint64_t room_ = 0;
-    std::uint64_t reserved_ = 0;
+    std::array<point, 3 * facets_at_once> block_;
+    std::size_t held_ = 0;
+    distinct_nodes nodes_;
+    dense2D<unsigned int>& connectM_;
+    std::uint64_t facets_ = 0;
+    bool has_repeated_ = false;
+    smallest_positive_height smallest_height_;
 };
 
-/// Reads facets, 3 nodes each; false when what comes before them is not there.
+/// What reading found, besides the surface itself with nodes of equal coordinates taken for one.
+struct surface_read {
+    std::uint64_t nodes = 0;
+    bool has_repeated = false; ///< a facet has a node twice
+    double smallest_height = 0.0;
+    std::uint64_t understood = 0; ///< bytes
+};
+
+/// Reads facets; false when what comes before them is not there.
 template <class Source>
 bool read_facets(Source source, std::uint64_t most_expected, dense2D<double>& pos,
-                 dense2D<unsigned int>& connectM, STL_report& report, std::uint64_t& understood) {
+                 dense2D<unsigned int>& connectM, STL_report& report, surface_read& found) {
     if (!source.start()) return false;
     report.announced_facets = source.announced();
-    facet_nodes nodes(pos, std::min(source.announced(), most_expected));
+    facet_nodes nodes(pos, connectM, std::min(source.announced(), most_expected));
     for (triangle t; source.next(t);)
         nodes.push(t);
-    report.facets = nodes.finish();
+    found.nodes = nodes.finish();
+    found.has_repeated = nodes.has_repeated();
+    found.smallest_height = nodes.smallest_height();
+    report.facets = nodes.facets();
     source.skip_ending();
-    understood = source.understood();
-    if (report.facets == 0) return true;
-    need(connectM.resize(3, report.facets));
-    std::iota(connectM.data(), connectM.data() + 3 * report.facets, 0u);
+    found.understood = source.understood();
     return true;
 }
 
 bool read_file(std::FILE* file, bool ascii, std::uint64_t file_size, bool to_the_end,
-               dense2D<double>& pos, dense2D<unsigned int>& connectM, STL_report& report) {
+               dense2D<double>& pos, dense2D<unsigned int>& connectM, STL_report& report,
+               surface_read& found) {
     text_reader in(file);
-    std::uint64_t understood = 0;
     const std::uint64_t most = whole_facets(file_size);
-    const bool started =
-        ascii ? read_facets(ascii_facets(in), most, pos, connectM, report, understood)
-              : read_facets(binary_facets(in), most, pos, connectM, report, understood);
+    const bool started = ascii ? read_facets(ascii_facets(in), most, pos, connectM, report, found)
+                               : read_facets(binary_facets(in), most, pos, connectM, report, found);
     if (started && to_the_end) {
         in.skip_rest();
-        report.unread_bytes = in.position() - understood;
+        report.unread_bytes = in.position() - found.understood;
     }
     return started;
 }
 
-/// Smallest positive height of all triangles; the largest double where there is none.
-double smallest_positive_height(const dense2D<double>& pos, const dense2D<unsigned int>& connectM) {
-    double smallest = std::numeric_limits<double>::max();
-    for (std::uint64_t j = 0; j < connectM.cols(); ++j) {
-        const double h = smallest_height(corners_of(pos, &connectM(0, j)));
-        if (h > 0.0 && h < smallest) smallest = h;
-    }
-    return smallest;
+/// Gives every facet three nodes of its own again, in order.
+void take_apart(dense2D<double>& pos, dense2D<unsigned int>& connectM) {
+    dense2D<double> apart;
+    const std::uint64_t nodes = 3 * connectM.cols();
+    need(apart.make_zeros(3, nodes));
+    for (std::uint64_t k = 0; k < nodes; ++k)
+        std::copy_n(&pos(0, connectM.data()[k]), 3, &apart(0, k));
+    std::iota(connectM.data(), connectM.data() + nodes, 0u);
+    pos.swap(apart);
 }
 
-int clean(dense2D<double>& pos, dense2D<unsigned int>& connectM, STL_report& report) {
+/// Gives back the room of columns that are gone; without memory it stays.
+template <class T>
+void trim(dense2D<T>& m) {
+    if (m.col_capacity() > m.cols() + m.cols() / 4) m.copy(m);
+}
+
+int clean(dense2D<double>& pos, dense2D<unsigned int>& connectM, const surface_read& found,
+          STL_report& report) {
+    if (connectM.cols() > 0 && !(report.tolerance >= 0)) return -5;
+    dense1D<unsigned int> nodes(found.nodes);
+    std::iota(nodes.begin(), nodes.end(), 0u);
     dense1D<unsigned int> new_IDs;
-    const int merged = merge(pos, connectM, new_IDs, report.tolerance, 0);
+    const int merged = merge(pos, nodes, new_IDs, report.tolerance);
     if (merged < 0) return merged;
-    const int removed = remove_degenerated(connectM, new_IDs, true);
-    if (removed < 0) return removed;
-    new_IDs.clear_hard();
-    const int dropped = simplify(pos, connectM, 0);
-    if (dropped < 0) return dropped;
-    pos.copy(pos); // gives back the room of the nodes that are gone; without memory it stays
-    report.merged_nodes = static_cast<std::uint64_t>(merged);
+    nodes.clear_hard();
+    int removed = 0;
+    int dropped = 0;
+    if (merged > 0) change_indices(connectM, new_IDs);
+    if (merged > 0 || found.has_repeated) {
+        removed = remove_degenerated(connectM, new_IDs, true);
+        if (removed < 0) return removed;
+        new_IDs.clear_hard();
+        dropped = simplify(pos, connectM, 0);
+        if (dropped < 0) return dropped;
+    }
+    trim(pos);
+    trim(connectM);
+    const auto sum = [](std::uint64_t a, int b) {
+        return static_cast<std::uint64_t>(count_result(a + static_cast<std::uint64_t>(b)));
+    };
+    const std::uint64_t gathered = 3 * report.facets - found.nodes;
+    report.merged_nodes = sum(gathered, merged);
     report.removed_elements = static_cast<std::uint64_t>(removed);
-    report.removed_nodes = static_cast<std::uint64_t>(dropped);
+    report.removed_nodes = sum(gathered, dropped);
     return 0;
 }
 
 /// STL_input; counts the bytes that were not understood when it reads to the end, for which a pipe
-/// may keep it waiting.
+/// may keep it waiting. The result is that of reading three nodes a facet, which merge,
+/// remove_degenerated and simplify then clean.
 int input(const char* filename, dense2D<double>& pos, dense2D<unsigned int>& connectM, bool ascii,
           double tolerance, bool to_the_end, STL_report& report) {
     const nearest_rounding rounding; // also for the nodes that are taken for one
     const closing_file file = open_to_read(filename);
     if (!file) return -1;
     const std::uint64_t size = regular_file_size(filename);
-    if (!read_file(file.get(), ascii, size, to_the_end, pos, connectM, report)) return -1;
+    surface_read found;
+    if (!read_file(file.get(), ascii, size, to_the_end, pos, connectM, report, found)) return -1;
     if (std::ferror(file.get())) return -1; // what was read may be part of the surface only
     if (std::isnan(tolerance)) {
-        const double smallest = smallest_positive_height(pos, connectM);
-        if (smallest == std::numeric_limits<double>::max()) return count_result(connectM.cols());
-        tolerance = merging_part * smallest;
+        if (found.smallest_height == std::numeric_limits<double>::max()) {
+            take_apart(pos, connectM);
+            return count_result(connectM.cols());
+        }
+        tolerance = merging_part * found.smallest_height;
     }
     report.tolerance = tolerance;
-    const int code = clean(pos, connectM, report);
+    const int code = clean(pos, connectM, found, report);
     return code < 0 ? code : count_result(connectM.cols());
 }
 

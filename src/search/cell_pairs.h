@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -88,10 +87,6 @@ private:
     /// their cells or between.
     double cell(double x) const { return x * cells_a_length_ + to_integer_; }
 
-    static std::uint64_t hash(double cell, unsigned axis) {
-        return mixed_bits(std::bit_cast<std::uint64_t>(cell) + axis * 0x9E3779B97F4A7C15u);
-    }
-
     /// Tells the cells that a node looks into; false where the grid ends.
     bool look(unsigned int node, looking_node& looking) const {
         const double* const x = coordinates(node);
@@ -111,10 +106,10 @@ private:
             const double own = cell(x[i]);
             const double lower = cell(x[i] - reach_);
             const double upper = cell(x[i] + reach_);
-            const std::uint64_t own_hash = hash(own, i);
+            const std::uint64_t own_hash = place_hash(own, i);
             const unsigned count = looking.cells;
             if (lower != upper) {
-                const std::uint64_t other_hash = hash(lower == own ? upper : lower, i);
+                const std::uint64_t other_hash = place_hash(lower == own ? upper : lower, i);
                 for (unsigned c = 0; c < count; ++c)
                     looking.hash[count + c] = looking.hash[c] + other_hash;
                 looking.cells = 2 * count;

@@ -84,18 +84,6 @@ TEST(StlOutput, NormalsAreUnitVectorsOrZero) {
     EXPECT_THAT(text, testing::Not(testing::ContainsRegex("normal [^\n]*nan")));
 }
 
-TEST(StlInput, SharesNodesAgain) {
-    for (const bool ascii : {true, false}) {
-        const scratch_file file(written(square, facets, ascii));
-        reading r(file, ascii);
-        EXPECT_EQ(r.report.announced_facets, ascii ? 0u : 2u);
-        EXPECT_EQ(r.report.merged_nodes, 2u);
-        EXPECT_EQ(STL_input(file, r.pos, r.conn, ascii), 2);
-        EXPECT_EQ(list(r.pos), list(square));
-        EXPECT_EQ(list(r.conn), list(facets));
-    }
-}
-
 TEST(StlInput, CleansByTheSmallestPositiveHeightOrAsTold) {
     // facets without area or with a coordinate that is no finite number do not count; alone they
     // stay as they are
@@ -110,6 +98,40 @@ TEST(StlInput, CleansByTheSmallestPositiveHeightOrAsTold) {
     const reading refused = read_text(written(square, facets, true), true, -1.0);
     EXPECT_EQ(refused.result, -5);
     EXPECT_TRUE(refused.pos.empty() && refused.conn.empty());
+}
+
+TEST(StlInput, CleansLikeThePlainProcedure) {
+    often(80, [](engine& random) {
+        const unsigned n = below(random, 40) == 0 ? 900 : 1 + below(random, 30);
+        dense2D<double> pos(3, 3 * n);
+        dense2D<unsigned> conn(3, n);
+        std::iota(conn.data(), conn.data() + 3 * n, 0u);
+        std::generate_n(pos.data(), 9 * n, [&] {
+            const double near = one_of(random, {0.0, 0.0, 3.0 / 64, 1.0 / 64});
+            return below(random, 9) > 0 ? near + below(random, 3 + n / 20)
+                                        : one_of(random, {-0.0, -0.0, nan, inf});
+        });
+        const bool ascii = n < 31 && below(random, 2) == 0;
+        double tol = one_of(random, {n < 31 ? nan : 0.25, 0.0, 1.0 / 64, 0.5});
+        const scratch_file file(written(pos, conn, ascii));
+        reading r(file, ascii, tol);
+        const bool derive = std::isnan(tol);
+        for (unsigned j = 0; derive && j < n; ++j) {
+            const std::string facet = written(pos, conn.sub_matrix(0, j, 3, 1), false);
+            const double derived = read_text(facet, false).report.tolerance;
+            if (derived > 0 && !(derived >= tol)) tol = derived;
+        }
+        dense1D<unsigned> ids;
+        if (tol >= 0) {
+            EXPECT_EQ(r.report.merged_nodes, merge(pos, conn, ids, tol, 0));
+            EXPECT_EQ(r.report.removed_elements, remove_degenerated(conn, ids, true));
+            EXPECT_EQ(r.report.removed_nodes, simplify(pos, conn, 0));
+        }
+        EXPECT_EQ(r.report.announced_facets, ascii ? 0 : n);
+        EXPECT_EQ(derive ? STL_input(file, r.pos, r.conn, ascii) : r.result, conn.cols());
+        EXPECT_EQ(list(r.conn), list(conn));
+        EXPECT_TRUE(alike(r.pos, pos) && written(r.pos, conn, false) == written(pos, conn, false));
+    });
 }
 
 TEST(StlInput, ReadsTheAsciiFormAsItIsScanned) {
