@@ -18,9 +18,15 @@ inline std::uint64_t mixed_bits(std::uint64_t x) {
     return x ^ (x >> 31);
 }
 
+/// What every hash for a table begins with, made of the place of the table in memory: nobody can
+/// foresee it who makes up values to share a slot. No result depends on it.
+inline std::uint64_t table_seed(const void* table) {
+    return mixed_bits(reinterpret_cast<std::uintptr_t>(table));
+}
+
 /// The part of one coordinate in the hash of a place, which is the sum of the parts.
-inline std::uint64_t place_hash(double x, unsigned axis) {
-    return mixed_bits(std::bit_cast<std::uint64_t>(x) + axis * 0x9E3779B97F4A7C15u);
+inline std::uint64_t place_hash(double x, unsigned axis, std::uint64_t seed) {
+    return mixed_bits(std::bit_cast<std::uint64_t>(x) + axis * 0x9E3779B97F4A7C15u + seed);
 }
 
 /// Open-addressing table of 32-bit values below no_node. What is equal is told by the caller, who
@@ -30,10 +36,9 @@ public:
     /// Room for at most `count` values. Throws std::bad_alloc.
     explicit hash_slots(std::uint64_t count)
         : slots_(slot_count(count), no_node)
-        , seed_(mixed_bits(reinterpret_cast<std::uintptr_t>(slots_.data()))) {}
+        , seed_(table_seed(slots_.data())) {}
 
-    /// What every hash for this table begins with. Made of the place of the table in memory, which
-    /// nobody can foresee who makes up values to share a slot; no result depends on it.
+    /// What every hash for this table begins with.
     std::uint64_t seed() const { return seed_; }
 
     /// The stored value v with equal(v), or no_node.
@@ -90,6 +95,9 @@ public:
         need_numbers_for(bound);
         need(slots_.resize(count + count / 4 * 3 + 16, no_node));
     }
+
+    /// What every hash for this table begins with.
+    std::uint64_t seed() const { return table_seed(slots_.data()); }
 
     void prefetch(std::uint64_t hash) const { __builtin_prefetch(&slots_[place(hash)]); }
 

@@ -33,8 +33,9 @@ public:
     void number(std::span<const coordinates> nodes, unsigned int* numbers) {
         make_room(nodes.size());
         std::array<std::uint64_t, most_at_once> hashes;
+        const std::uint64_t seed = slots_.seed();
         for (std::size_t k = 0; k < nodes.size(); ++k) {
-            hashes[k] = hash(nodes[k].data());
+            hashes[k] = hash(nodes[k].data(), seed);
             slots_.prefetch(hashes[k]);
         }
         for (std::size_t k = 0; k < nodes.size(); ++k) {
@@ -59,8 +60,8 @@ private:
     static bool is_finite(const double* x) {
         return (x[0] - x[0]) + (x[1] - x[1]) + (x[2] - x[2]) == 0;
     }
-    static std::uint64_t hash(const double* x) {
-        return place_hash(x[0], 0) + place_hash(x[1], 1) + place_hash(x[2], 2);
+    static std::uint64_t hash(const double* x, std::uint64_t seed) {
+        return place_hash(x[0], 0, seed) + place_hash(x[1], 1, seed) + place_hash(x[2], 2, seed);
     }
 
     unsigned int number(const double* x, std::uint64_t hash) {
@@ -100,8 +101,8 @@ private:
         const double* const x = x_ + 3 * std::uint64_t{node};
         if (!is_finite(x)) return;
         std::uint64_t steps = 0;
-        slots_.store(slots_.search(hash(x), steps, [](unsigned int) { return true; }), hash(x),
-                     node);
+        const std::uint64_t own = hash(x, slots_.seed());
+        slots_.store(slots_.search(own, steps, [](unsigned int) { return true; }), own, node);
     }
 
     dense2D<double>& pos_;

@@ -49,6 +49,7 @@ public:
         if (nodes.empty()) return true;
         tagged_slots cells(nodes.size(),
                            std::uint64_t{*std::max_element(nodes.begin(), nodes.end())} + 1);
+        seed_ = cells.seed();
         std::uint64_t steps = 0;
         std::array<looking_node, 32> block;
         for (std::size_t first = 0; first < nodes.size(); first += block.size()) {
@@ -106,10 +107,10 @@ private:
             const double own = cell(x[i]);
             const double lower = cell(x[i] - reach_);
             const double upper = cell(x[i] + reach_);
-            const std::uint64_t own_hash = place_hash(own, i);
+            const std::uint64_t own_hash = place_hash(own, i, seed_);
             const unsigned count = looking.cells;
             if (lower != upper) {
-                const std::uint64_t other_hash = place_hash(lower == own ? upper : lower, i);
+                const std::uint64_t other_hash = place_hash(lower == own ? upper : lower, i, seed_);
                 for (unsigned c = 0; c < count; ++c)
                     looking.hash[count + c] = looking.hash[c] + other_hash;
                 looking.cells = 2 * count;
@@ -155,6 +156,7 @@ private:
     double cells_a_length_ = 1;
     double to_integer_ = 0;
     double most_cells_ = std::numeric_limits<double>::max();
+    std::uint64_t seed_ = 0;
 };
 
 } // namespace kvx::zelvo
