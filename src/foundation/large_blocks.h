@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <new>
 
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -38,9 +39,7 @@ inline void prefetch([[maybe_unused]] const void* address) noexcept {
 }
 
 struct free_scratch {
-    void operator()(void* block) const noexcept {
-        __vector_num_free(static_cast<std::byte*>(block));
-    }
+    void operator()(void* block) const noexcept { ::operator delete(block); }
 };
 
 /// Memory of a call's own: plain numbers, or structs of them, on large pages where there are many.
@@ -51,19 +50,17 @@ using scratch = std::unique_ptr<T[], free_scratch>;
 template <class T>
 scratch<T> make_scratch(std::uint64_t n) {
     need(n < std::numeric_limits<std::int64_t>::max() / sizeof(T));
-    std::byte* const block = __vector_num_alloc(std::max<std::uint64_t>(n, 1) * sizeof(T));
-    need(block != nullptr);
-    return scratch<T>(reinterpret_cast<T*>(block));
+    void* const block = ::operator new(n * sizeof(T));
+    prefer_large_pages(block, n * sizeof(T));
+    return scratch<T>(static_cast<T*>(block));
 }
 
-/// n elements of value 0, not written to before they are asked for. Throws std::bad_alloc.
+/// n elements of value 0. Throws std::bad_alloc.
 template <class T>
 scratch<T> make_zero_scratch(std::uint64_t n) {
-    need(n < std::numeric_limits<std::int64_t>::max() / sizeof(T));
-    std::byte* const block = __vector_num_alloc_zeros(std::max<std::uint64_t>(n, 1) * sizeof(T));
-    need(block != nullptr);
-    prefer_large_pages(block, n * sizeof(T));
-    return scratch<T>(reinterpret_cast<T*>(block));
+    scratch<T> zeros = make_scratch<T>(n);
+    std::fill_n(zeros.get(), n, T{});
+    return zeros;
 }
 
 /// A vector of n zeros that is soon filled as a whole. Throws std::bad_alloc.

@@ -24,7 +24,7 @@ void compare_edges(engine& random) {
     for (unsigned k = 0; k < given; ++k) {
         sizes[k] = below(random, 9) ? std::exp(std::sin(random())) : odd[below(random, 3)];
         M[k] = random_metric<Dim>(random, below(random, 4), 1 / sizes[k] / std::abs(sizes[k]));
-        std::copy_n(M[k].data(), std::min(6u, unsigned(metrics.rows())), &metrics(0, k));
+        std::copy_n(M[k].data(), std::min(rows, unsigned(metrics.rows())), &metrics(0, k));
     }
     metrics = strided(metrics, nan);
     const auto with_field = [&](auto&& call) { return iso ? call(sizes) : call(metrics); };
