@@ -475,12 +475,19 @@ inline double hexahedron_rating(const corners<3, 8>& given) {
 /// Rating of an element in range.
 template <shape S, std::size_t Dim, std::size_t N, class TetrahedronRating>
 double rating_in_range(const corners<Dim, N>& p, TetrahedronRating tetrahedron) {
-    if constexpr (S == shape::triangle) return triangle_rating(p);
-    if constexpr (S == shape::quadrangle) return quadrangle_rating(p);
-    if constexpr (S == shape::tetrahedron) return tetrahedron(p);
-    if constexpr (S == shape::pyramid) return pyramid_rating(p, tetrahedron);
-    if constexpr (S == shape::wedge) return wedge_rating(p);
-    if constexpr (S == shape::hexahedron) return hexahedron_rating(p);
+    if constexpr (S == shape::triangle) {
+        return triangle_rating(p);
+    } else if constexpr (S == shape::quadrangle) {
+        return quadrangle_rating(p);
+    } else if constexpr (S == shape::tetrahedron) {
+        return tetrahedron(p);
+    } else if constexpr (S == shape::pyramid) {
+        return pyramid_rating(p, tetrahedron);
+    } else if constexpr (S == shape::wedge) {
+        return wedge_rating(p);
+    } else {
+        return hexahedron_rating(p);
+    }
 }
 
 /// The plain procedure: of any element.
