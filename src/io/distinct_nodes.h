@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
-#include <cstring>
 #include <span>
 
 #include <kvx/dense_array.h>
@@ -60,6 +60,11 @@ private:
     static bool is_finite(const double* x) {
         return (x[0] - x[0]) + (x[1] - x[1]) + (x[2] - x[2]) == 0;
     }
+    static bool same_bits(const double* a, const double* b) {
+        return std::equal(a, a + 3, b, [](double p, double q) {
+            return std::bit_cast<std::uint64_t>(p) == std::bit_cast<std::uint64_t>(q);
+        });
+    }
     static std::uint64_t hash(const double* x, std::uint64_t seed) {
         return place_hash(x[0], 0, seed) + place_hash(x[1], 1, seed) + place_hash(x[2], 2, seed);
     }
@@ -69,7 +74,7 @@ private:
         if (is_finite(x)) {
             std::uint64_t steps = 0;
             const std::uint64_t end = slots_.search(hash, steps, [&](unsigned int other) {
-                if (std::memcmp(x, x_ + 3 * std::uint64_t{other}, 3 * sizeof *x) != 0) return true;
+                if (!same_bits(x, x_ + 3 * std::uint64_t{other})) return true;
                 found = other;
                 return false;
             });
