@@ -7,6 +7,7 @@
 #include <kvx/dense_array.h>
 #include <kvx/element_type.h>
 
+#include "foundation/large_blocks.h"
 #include "foundation/memory_guard.h"
 
 namespace kvx::zelvo {
@@ -99,7 +100,7 @@ public:
     /// What every hash for this table begins with.
     std::uint64_t seed() const { return table_seed(slots_.data()); }
 
-    void prefetch(std::uint64_t hash) const { __builtin_prefetch(&slots_[place(hash)]); }
+    void prefetch(std::uint64_t hash) const { zelvo::prefetch(&slots_[place(hash)]); }
 
     /// A guess, cheap and mostly right, at what a search finds first; no_node for nothing.
     unsigned int likely(std::uint64_t hash) const {

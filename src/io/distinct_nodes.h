@@ -9,6 +9,7 @@
 #include <kvx/dense_array.h>
 
 #include "foundation/hashing.h"
+#include "foundation/large_blocks.h"
 #include "foundation/memory_guard.h"
 
 namespace kvx::zelvo {
@@ -40,7 +41,7 @@ public:
         }
         for (std::size_t k = 0; k < nodes.size(); ++k) {
             const unsigned int other = slots_.likely(hashes[k]);
-            if (other != no_node) __builtin_prefetch(x_ + 3 * std::uint64_t{other});
+            if (other != no_node) prefetch(x_ + 3 * std::uint64_t{other});
         }
         for (std::size_t k = 0; k < nodes.size(); ++k)
             numbers[k] = number(nodes[k].data(), hashes[k]);

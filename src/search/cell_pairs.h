@@ -10,6 +10,7 @@
 #include <kvx/dense_array.h>
 
 #include "foundation/hashing.h"
+#include "foundation/large_blocks.h"
 #include "search/distances.h"
 
 namespace kvx::zelvo {
@@ -62,7 +63,7 @@ public:
             for (std::size_t k = 0; k < part.size(); ++k) {
                 const unsigned int other =
                     block[k].cells ? cells.likely(block[k].hash[0]) : no_node;
-                if (other != no_node) __builtin_prefetch(coordinates(other));
+                if (other != no_node) prefetch(coordinates(other));
             }
             for (std::size_t k = 0; k < part.size(); ++k) {
                 if (block[k].cells > 0 &&

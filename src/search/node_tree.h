@@ -17,6 +17,7 @@
 
 #include "foundation/appending.h"
 #include "foundation/hashing.h"
+#include "foundation/large_blocks.h"
 #include "search/distances.h"
 
 namespace kvx::zelvo {
@@ -190,7 +191,7 @@ private:
         const double* of(const record& R) {
             if (count_ == read_.size() && !hold()) return nullptr;
             read_[count_++] = &R;
-            __builtin_prefetch(live_.of(R));
+            prefetch(live_.of(R));
             return R.x.data();
         }
         /// Whether the caller's coordinates are those that have been read.
@@ -246,8 +247,8 @@ private:
     void prefetch_below(const record& R) const {
         for (const unsigned int r : {R.lower, R.upper}) {
             const record& below = records_[r != no_node ? r : 0];
-            __builtin_prefetch(&below);
-            __builtin_prefetch(&below.upper);
+            prefetch(&below);
+            prefetch(&below.upper);
         }
     }
 
@@ -395,8 +396,7 @@ private:
             std::array<point, lanes> x;
             std::array<unsigned int, lanes> r{};
             for (std::size_t i = 0; i < lanes; ++i) {
-                if (k + i + 3 * lanes < nodes.size())
-                    __builtin_prefetch(live.of(nodes[k + i + 3 * lanes]));
+                if (k + i + 3 * lanes < nodes.size()) prefetch(live.of(nodes[k + i + 3 * lanes]));
                 x[i] = at(nodes[k + std::min(i, used - 1)]);
             }
             bool on_top = true;
