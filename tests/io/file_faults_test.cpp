@@ -164,7 +164,7 @@ TEST(FileFaults, WritersTellWhereTheyPromiseToAndLeaveOpenWhatTheyAlwaysDid) {
         for (std::size_t n = 0; n < 2 * content.size(); ++n) {
             const scratch_file part; // truncating one that holds something waits for the disk
             const fault full{.good = n / 2, .buffered = n % 2 == 0};
-            EXPECT_EQ(with(full, [&] { return write(part, square); }), untold);
+            EXPECT_EQ(with(full, [&, &write = write] { return write(part, square); }), untold);
             EXPECT_EQ(part.content(), content.substr(0, n / 2));
         }
         EXPECT_EQ(open_descriptors(), before + left_open);
