@@ -10,7 +10,7 @@
 namespace kvx::zelvo {
 
 template <std::size_t Count>
-constexpr std::array<std::uint64_t, Count> powers_of(std::uint64_t base) {
+consteval std::array<std::uint64_t, Count> powers_of(std::uint64_t base) {
     std::array<std::uint64_t, Count> powers{};
     std::uint64_t power = 1;
     for (std::uint64_t& p : powers) {
