@@ -55,7 +55,9 @@ struct eigenvalue_bounds {
 template <unsigned Dim>
 void bound(double* m, const eigenvalue_bounds& bounds) {
     if constexpr (Dim == 3) {
-        if (is_surely_positive(m, 1.0, bounds.low) && is_surely_positive(m, -1.0, bounds.high))
+        const double beyond_all = 2 * sum_of_magnitudes(m); // a bound on the scale of the matrix
+        if (is_surely_positive(m, 1.0, bounds.low) &&
+            is_surely_positive(m, -1.0, std::min(bounds.high, beyond_all)))
             return;
     }
     eigen_system<Dim> e;

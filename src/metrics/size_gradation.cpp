@@ -134,7 +134,7 @@ bool is_surely_below(const double* metric, const double* m) {
     packed_matrix<3> difference;
     for (unsigned i = 0; i < packed_size<3>; ++i)
         difference[i] = m[i] - metric[i];
-    const double margin = rounding * (largest_magnitude<3>(m) + largest_magnitude<3>(metric));
+    const double margin = rounding * (sum_of_magnitudes(m) + sum_of_magnitudes(metric));
     return is_surely_positive(difference.data(), 1.0, margin);
 }
 

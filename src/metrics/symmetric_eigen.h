@@ -45,6 +45,15 @@ double largest_magnitude(const double* m) {
     return largest;
 }
 
+/// A norm that takes no branches, which processors guess wrong: no eigenvalue is larger, and it is
+/// NaN when an entry is.
+inline double sum_of_magnitudes(const double* m) {
+    double sum = 0.0;
+    for (unsigned i = 0; i < packed_size<3>; ++i)
+        sum += std::abs(m[i]);
+    return sum;
+}
+
 template <unsigned Dim>
 bool is_finite(const double* m) {
     double zero_or_nan = 0.0;
@@ -165,21 +174,24 @@ bool decompose(const double* m, eigen_system<Dim>& e) {
 // ---- Definiteness ------------------------------------------------------------------------------
 
 /// Whether all eigenvalues of sign (M - bound I) are positive beyond doubt: those of the exact
-/// matrix exceed what rounding here (about 1e-15 of the norm) and in dspev (less than 1e-14) may
-/// change, as the pivots stay positive with a much larger margin taken off the diagonal. False says
-/// nothing, and is the answer also for entries that are not finite.
+/// matrix exceed what rounding here and in dspev (less than 1e-14 of the norm) may change, as a
+/// matrix with a much larger margin taken off the diagonal is still positive. False says nothing,
+/// and is the answer also for entries that are not finite.
+///
+/// That matrix is positive where its first entry p is, and the Schur complement of p. Taken p times,
+/// the complement needs no division, and the squares and products subtracted there are no larger
+/// than what they are subtracted from, so that rounding changes it as if the matrix had changed by a
+/// few units in the last place of its norm.
 inline bool is_surely_positive(const double* m, double sign, double bound) {
     constexpr double relative_margin = 1e-12;
-    constexpr double smallest_norm = 1e-280; // below, the margin could drown in underflow
-    const double norm = std::max(largest_magnitude<3>(m), std::abs(bound));
-    if (!(norm > smallest_norm)) return false;
+    constexpr double smallest = 1e-30, largest = 1e60; // products of four entries stay in range
+    const double norm = sum_of_magnitudes(m) + std::abs(bound);
     const double margin = relative_margin * norm;
-    const double pivot0 = sign * (m[0] - bound) - margin;
-    const double pivot1 = sign * (m[2] - bound) - margin - m[1] / pivot0 * m[1];
-    const double left = sign * m[4] - m[1] / pivot0 * m[3];
-    const double pivot2 =
-        sign * (m[5] - bound) - margin - m[3] / pivot0 * m[3] - left / pivot1 * left;
-    return pivot0 > 0 && pivot1 > 0 && pivot2 > 0;
+    const double p = sign * (m[0] - bound) - margin;
+    const double c00 = p * (sign * (m[2] - bound) - margin) - m[1] * m[1];
+    const double c01 = p * (sign * m[4]) - m[1] * m[3];
+    const double c11 = p * (sign * (m[5] - bound) - margin) - m[3] * m[3];
+    return (norm >= smallest) & (norm <= largest) & (p > 0) & (c00 > 0) & (c00 * c11 > c01 * c01);
 }
 
 /// Whether a packed column is a metric: its smallest eigenvalue is not <= 0. NaN passes.
