@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -42,10 +43,7 @@ public:
     /// Takes an element of nodes at pos[axis + node * ld], whose rating becomes `value` now or when
     /// the block is finished.
     void add(const double* pos, std::uint64_t ld, const unsigned int* nodes, double& value) {
-        for (unsigned i = 0; i < corner_count; ++i) {
-            for (unsigned axis = 0; axis < Dim; ++axis)
-                p_[axis][i][count_] = pos[axis + nodes[i] * ld];
-        }
+        gather<1>(count_, pos, ld, nodes, 0);
         values_[count_++] = &value;
         if (count_ == capacity) finish();
     }
@@ -53,20 +51,55 @@ public:
     /// Rates what was added since it was last done.
     void finish() {
         double ratings[capacity];
-        if (wide_) {
-            rate_wide(ratings);
-        } else {
-            rate(ratings);
-        }
-        for (std::uint64_t j = 0; j < count_; ++j) {
-            const bool decided = ratings[j] != shape_formulas::undecided;
-            *values_[j] = decided ? ratings[j] : shape_formulas::rating<S>(element(j));
+        rate_gathered(ratings);
+        for (std::uint64_t j = 0; j < count_; ++j)
+            *values_[j] = ratings[j];
+        count_ = 0;
+    }
+
+    /// Rates n elements, whose nodes lie `stride` apart, with nothing added before.
+    void rate_run(const double* pos, std::uint64_t ld, const unsigned int* nodes,
+                  std::uint64_t stride, std::uint64_t n, double* values) {
+        for (std::uint64_t start = 0; start < n; start += count_) {
+            count_ = std::min(capacity, n - start);
+            std::uint64_t j = 0;
+            for (; j + 2 <= count_; j += 2, nodes += 2 * stride)
+                gather<2>(j, pos, ld, nodes, stride);
+            if (j < count_) gather<1>(j, pos, ld, nodes, stride);
+            rate_gathered(values + start);
         }
         count_ = 0;
     }
 
 private:
     static constexpr std::size_t corner_count = topology_of(S).corner_count;
+
+    /// Gathers Count elements into the places from j on; two are stored faster at once.
+    template <unsigned Count>
+    void gather(std::uint64_t j, const double* pos, std::uint64_t ld, const unsigned int* nodes,
+                std::uint64_t stride) {
+        for (unsigned i = 0; i < corner_count; ++i) {
+            for (unsigned axis = 0; axis < Dim; ++axis) {
+                double x[Count];
+                for (unsigned k = 0; k < Count; ++k)
+                    x[k] = pos[axis + nodes[k * stride + i] * ld];
+                std::copy_n(x, Count, &p_[axis][i][j]);
+            }
+        }
+    }
+
+    /// Rates the elements gathered, and those that the quick formula leaves the plain way.
+    void rate_gathered(double* ratings) const {
+        if (wide_) {
+            rate_wide(ratings);
+        } else {
+            rate(ratings);
+        }
+        for (std::uint64_t j = 0; j < count_; ++j) {
+            if (ratings[j] == shape_formulas::undecided)
+                ratings[j] = shape_formulas::rating<S>(element(j));
+        }
+    }
 
     shape_formulas::corners<Dim, corner_count> element(std::uint64_t j) const {
         shape_formulas::corners<Dim, corner_count> p;

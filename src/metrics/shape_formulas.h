@@ -228,6 +228,14 @@ struct tetrahedron_estimate {
         constexpr double flat = 1e-6;
         return std::abs(rating) >= flat;
     }
+
+    /// Whether the corners are surely in range, if the rating is certain: it is not where one of
+    /// them is not a number.
+    bool is_in_range() const {
+        constexpr double smallest = 1e-59;
+        constexpr double largest = 1e59;
+        return (longest >= smallest) & (longest <= largest);
+    }
 };
 
 /// sqrt(6) * 6 volumes / (longest edge * surface), positive for det(P0 - P3, P1 - P3, P2 - P3) > 0.
@@ -501,9 +509,14 @@ double rating(corners<Dim, N> p) {
 /// The same without branches, or undecided.
 template <shape S, std::size_t Dim, std::size_t N>
 double quick_rating(const corners<Dim, N>& p) {
-    const double q =
-        rating_in_range<S>(p, [](const auto& t) { return quick_tetrahedron_rating(t); });
-    return is_in_range(p) ? q : undecided;
+    if constexpr (S == shape::tetrahedron) {
+        const tetrahedron_estimate e = estimated_tetrahedron(p);
+        return e.is_certain() && e.is_in_range() ? e.rating : undecided;
+    } else {
+        const double q =
+            rating_in_range<S>(p, [](const auto& t) { return quick_tetrahedron_rating(t); });
+        return is_in_range(p) ? q : undecided;
+    }
 }
 
 } // namespace kvx::zelvo::shape_formulas

@@ -67,9 +67,7 @@ void rate_columns(const dense2D<double>& pos, const dense2D<unsigned int>& conn,
     if (!is_mixed(kind)) {
         with_shape<Dim>(traits_of(kind).corners, [&](auto s) {
             shape_block<Dim, s()> block(wide);
-            for (std::uint64_t j = 0; j < conn.cols(); ++j)
-                block.add(nodes, ld, &conn(0, j), values[j]);
-            block.finish();
+            block.rate_run(nodes, ld, conn.data(), conn.ld(), conn.cols(), values);
         });
         return;
     }

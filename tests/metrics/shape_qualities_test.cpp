@@ -207,25 +207,28 @@ TEST(shape_qualities, agree_with_plain_formulas) {
     EXPECT_GT(exactly, flat_tetrahedra / 3);
 }
 
-// Hostile elements, some flat but for a hair, the others in general position.
+// Hostile elements, some flat but for a hair, some out of range, the others in general position.
 TEST(shape_qualities, in_blocks_are_those_of_elements_alone) {
     using enum shape;
     engine random(5);
     const auto nodes = identity(8 * 3333);
-    std::vector<double> pos(3 * nodes.size()), ratings(3333);
+    std::vector<double> pos(3 * nodes.size()), ratings(3333), in_a_run(3333);
     for (unsigned i = 0; i < pos.size(); ++i)
         pos[i] = below(random, 99) == 0    ? one_of(random, {1e-90, -1e99, 5e-324, inf, nan})
                  : i % 3 == 2 && i < 30000 ? 1e-7 * below(random, 5)
-                                           : below(random, 1000);
+                 : i < 60000               ? below(random, 1000)
+                                           : below(random, 1000) * (i < 70000 ? 1e62 : 1e-81);
     const auto expect = [&]<std::size_t Dim, shape S>(shape_block<Dim, S> block) {
         for (unsigned j = 0; j < ratings.size(); ++j)
             block.add(pos.data(), 3, &nodes[8 * j], ratings[j]);
         block.finish();
+        block.rate_run(pos.data(), 3, nodes.data(), 8, in_a_run.size(), in_a_run.data());
         for (unsigned j = 0; j < ratings.size(); ++j) {
             shape_formulas::corners<Dim, topology_of(S).corner_count> p;
             for (unsigned i = 0; i < Dim * p[0].size(); ++i)
                 p[i % Dim][i / Dim] = pos[24 * j + i / Dim * 3 + i % Dim];
             ASSERT_EQ(ratings[j], shape_formulas::rating<S>(p));
+            ASSERT_EQ(in_a_run[j], ratings[j]);
         }
     };
     for (const bool wide : {false, has_avx2()}) {
