@@ -79,33 +79,26 @@ char* write_rounded(char* first, const rounded_decimal& rounded, int digits,
 } // namespace
 
 const char* quick_real(const char* first, const char* last, double& x) noexcept {
-    constexpr std::ptrdiff_t most_digits_read = 19; // which 64 bits hold
     constexpr auto most_power = static_cast<std::ptrdiff_t>(exact_powers.size()) - 1;
     constexpr std::uint64_t most_mantissa = std::uint64_t{1} << 53;
-    const auto digits = [last](const char*& at, std::uint64_t& n) {
-        const char* const begin = at;
-        for (; at != last && is_digit(*at); ++at)
-            n = 10 * n + digit(*at); // of too many digits anything
-        return at - begin;
-    };
     const char* at = first;
     const bool negative = at != last && *at == '-';
     at += negative;
     std::uint64_t mantissa = 0;
-    std::ptrdiff_t count = digits(at, mantissa);
+    std::ptrdiff_t count = take_digits(at, last, mantissa);
     std::ptrdiff_t power = 0;
     if (at != last && *at == '.') {
         ++at;
-        power = -digits(at, mantissa);
+        power = -take_digits(at, last, mantissa);
         count -= power;
     }
-    if (count == 0 || count > most_digits_read) return nullptr;
+    if (count == 0 || count > most_whole_digits) return nullptr;
     if (at != last && (*at | 0x20) == 'e') {
         ++at;
         const bool down = at != last && *at == '-';
         if (at != last && (*at == '-' || *at == '+')) ++at;
         std::uint64_t exponent = 0;
-        const std::ptrdiff_t length = digits(at, exponent);
+        const std::ptrdiff_t length = take_digits(at, last, exponent);
         if (length == 0 || length > 3) return nullptr;
         power +=
             down ? -static_cast<std::ptrdiff_t>(exponent) : static_cast<std::ptrdiff_t>(exponent);

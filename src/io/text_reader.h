@@ -30,6 +30,8 @@ public:
     /// Reads a line without its '\n', which the last one need not have. The text stays valid until
     /// the next read; false, and no text, when there is nothing left.
     bool line(std::string_view& text);
+    /// The end of what may be read behind that line.
+    const char* readable_end() const noexcept { return buffer_.data() + end_; }
     /// Skips everything that is left.
     void skip_rest();
 

@@ -63,75 +63,105 @@ bool empty_or(const dense2D<double>& m, std::uint64_t rows, std::uint64_t cols) 
 
 // ---- reading
 
-/// Skips white space; whether anything follows.
-bool skip_blanks(std::string_view& line) {
-    while (!line.empty() && is_blank(line.front()))
-        line.remove_prefix(1);
-    return !line.empty();
-}
+/// Text of a line. What comes next is memory that may be read as well, but no number goes on there.
+struct line_text {
+    const char* end;
+    const char* readable_end;
 
-std::string_view next_word(std::string_view& line) {
-    skip_blanks(line);
-    const auto* const end = std::find_if(line.begin(), line.end(), is_blank);
-    const std::string_view word(line.begin(), end);
-    line = {end, line.end()};
-    return word;
-}
+    const char* behind_blanks(const char* at) const {
+        while (at != end && is_blank(*at))
+            ++at;
+        return at;
+    }
+    const char* behind_word(const char* at) const {
+        while (at != end && !is_blank(*at))
+            ++at;
+        return at;
+    }
+};
 
 /// Reads numbers in the manner of stream extraction, which knows neither "inf" nor numbers beyond
 /// the range of double nor a cut exponent. Returns their count.
-unsigned leading_numbers(std::string_view line, std::span<double> numbers) {
+unsigned read_numbers(const line_text& line, const char* at, std::span<double> numbers) {
     unsigned count = 0;
-    while (count < numbers.size()) {
-        skip_blanks(line);
-        const std::size_t length = leading_real(line, numbers[count]);
-        const std::string_view number = line.substr(0, length);
-        line.remove_prefix(length);
-        const bool cut = (line.starts_with('e') || line.starts_with('E')) &&
-                         number.find_first_of("eE") == number.npos;
-        if (length == 0 || cut || !std::isfinite(numbers[count])) break;
-        ++count;
+    for (; count < numbers.size(); ++count) {
+        at = line.behind_blanks(at);
+        if (at == line.end) break;
+        double& x = numbers[count];
+        if (const char* const end = quick_real(at, line.readable_end, x)) {
+            at = end;
+            continue;
+        }
+        const std::string_view rest(at, line.end);
+        const std::size_t length = leading_real(rest, x);
+        at += length;
+        const bool cut = at != line.end && (*at | 0x20) == 'e' &&
+                         rest.substr(0, length).find_first_of("eE") == rest.npos;
+        if (length == 0 || cut || !std::isfinite(x)) break;
     }
     return count;
 }
 
-/// Takes a whole number without a sign; whether there is one that fits.
-bool take_index(std::string_view& text, unsigned int& n) {
+/// Reads a whole number without a sign; its end, or nullptr when there is none that fits.
+const char* read_index(const line_text& line, const char* at, unsigned int& n) {
     constexpr std::uint64_t largest = 0xFFFFFFFF;
+    const char* const begin = at;
     std::uint64_t value = 0;
-    const char* at = text.begin();
-    for (; at != text.end() && is_digit(*at); ++at) {
-        if (value <= largest) value = 10 * value + digit(*at);
+    std::ptrdiff_t count = take_digits(at, line.readable_end, value);
+    if (count > most_whole_digits) { // unless they begin with zeros
+        value = 0;
+        at = std::find_if(begin, at, [](char c) { return c != '0'; });
+        count = std::max<std::ptrdiff_t>(1, take_digits(at, line.readable_end, value));
     }
-    if (at == text.begin() || value > largest) return false;
+    if (count == 0 || count > most_whole_digits || value > largest) return nullptr;
     n = static_cast<unsigned int>(value);
-    text.remove_prefix(static_cast<std::size_t>(at - text.begin()));
-    return true;
+    return at;
 }
 
-bool take_slash(std::string_view& text) {
-    const bool slash = text.starts_with('/');
-    text.remove_prefix(slash);
-    return slash;
-}
-
-/// Reads a corner, n, n/t, n//m or n/t/m, as the node index of its n.
-bool read_corner(std::string_view word, unsigned int& node) {
+/// Reads a corner, n, n/t, n//m or n/t/m, as the node index of its n; its end, or nullptr.
+const char* read_corner(const line_text& line, const char* at, unsigned int& node) {
+    const auto ends = [&line](const char* place) { return place == line.end || is_blank(*place); };
     unsigned int unused = 0;
-    if (!take_index(word, node)) return false;
+    at = read_index(line, at, node);
+    if (!at) return nullptr;
     if (node > 0) --node;
-    if (word.empty()) return true;
-    if (!take_slash(word)) return false;
-    const bool with_texcoords = take_index(word, unused);
-    if (word.empty()) return with_texcoords;
-    return take_slash(word) && take_index(word, unused) && word.empty();
+    if (ends(at)) return at; // mostly
+    if (*at++ != '/') return nullptr;
+    const bool without_texcoords = at != line.end && *at == '/';
+    if (!without_texcoords) {
+        at = read_index(line, at, unused);
+        if (!at || ends(at)) return at;
+        if (*at != '/') return nullptr;
+    }
+    at = read_index(line, at + 1, unused);
+    return at && ends(at) ? at : nullptr;
 }
 
-template <class T>
-void append_column(dense2D<T>& m, std::span<const T> column) {
-    append_columns(m, column.size(), 1, T{});
-    std::copy(column.begin(), column.end(), &m(0, m.cols() - 1));
-}
+/// Columns on their way into a matrix of as many rows, which takes many at a time.
+template <class T, std::size_t Rows>
+class column_buffer {
+public:
+    explicit column_buffer(dense2D<T>& m)
+        : m_(m) {}
+
+    void add(const T* column) {
+        std::copy_n(column, Rows, &values_[Rows * count_]);
+        if (++count_ == most) flush();
+    }
+    void flush() {
+        if (count_ == 0) return;
+        append_columns(m_, Rows, count_, T{});
+        std::copy_n(values_.begin(), Rows * count_, &m_(0, m_.cols() - count_));
+        count_ = 0;
+    }
+
+private:
+    static constexpr std::size_t most = 64;
+
+    dense2D<T>& m_;
+    std::size_t count_ = 0;
+    std::array<T, Rows * most> values_;
+};
 
 struct obj_arrays {
     dense2D<double>& pos;
@@ -149,47 +179,70 @@ struct obj_arrays {
     }
 };
 
-void read_face(std::string_view corners, const obj_arrays& out) {
-    std::array<unsigned int, 4> nodes;
-    unsigned count = 0;
-    for (std::string_view word; skip_blanks(corners); ++count) {
-        if (count == nodes.size()) return;
-        word = corners;
-        unsigned int& node = nodes[count];
-        if (take_index(word, node) && (word.empty() || is_blank(word.front()))) {
-            corners = word; // mostly
-            if (node > 0) --node;
-        } else if (!read_corner(next_word(corners), node)) {
-            return;
+/// Takes what lines say.
+class obj_lines {
+public:
+    explicit obj_lines(const obj_arrays& out)
+        : pos_(out.pos)
+        , normals_(out.normals)
+        , texcoords_(out.texcoords)
+        , triangles_(out.triangles)
+        , quads_(out.quads) {}
+
+    void read(std::string_view text, const char* readable_end) {
+        const line_text line{text.data() + text.size(), readable_end};
+        const char* const begin = line.behind_blanks(text.data());
+        const char* const at = line.behind_word(begin);
+        const std::string_view keyword(begin, at);
+        if (keyword == "f") return read_face(line, at);
+        if (keyword != "v" && keyword != "vt" && keyword != "vn") return;
+        std::array<double, 4> numbers{};
+        const unsigned count = read_numbers(line, at, numbers);
+        if (keyword == "v" && count >= 3) pos_.add(numbers.data());
+        if (keyword == "vn" && count == 3) normals_.add(numbers.data());
+        if (keyword == "vt" && count >= 1 && count <= 3) {
+            if (count == 1) numbers[1] = 0.0; // what followed may have been no finite number
+            texcoords_.add(numbers.data());
         }
     }
-    const std::span<const unsigned int> face(nodes.data(), count);
-    if (count == 3) append_column(out.triangles, face);
-    if (count == 4) append_column(out.quads, face);
-}
-
-void read_line(std::string_view line, const obj_arrays& out) {
-    const std::string_view keyword = next_word(line);
-    if (keyword == "f") return read_face(line, out);
-    if (keyword != "v" && keyword != "vt" && keyword != "vn") return;
-    std::array<double, 4> numbers{};
-    const unsigned count = leading_numbers(line, numbers);
-    const std::span<const double> first(numbers);
-    if (keyword == "v" && count >= 3) append_column(out.pos, first.first(3));
-    if (keyword == "vn" && count == 3) append_column(out.normals, first.first(3));
-    if (keyword == "vt" && count >= 1 && count <= 3) {
-        if (count == 1) numbers[1] = 0.0; // what followed may have been no finite number
-        append_column(out.texcoords, first.first(2));
+    /// Has the matrices hold everything.
+    void flush() {
+        pos_.flush();
+        normals_.flush();
+        texcoords_.flush();
+        triangles_.flush();
+        quads_.flush();
     }
-}
+
+private:
+    void read_face(const line_text& line, const char* at) {
+        std::array<unsigned int, 4> nodes;
+        unsigned count = 0;
+        for (at = line.behind_blanks(at); at != line.end; at = line.behind_blanks(at)) {
+            if (count == nodes.size()) return;
+            at = read_corner(line, at, nodes[count++]);
+            if (!at) return;
+        }
+        if (count == 3) triangles_.add(nodes.data());
+        if (count == 4) quads_.add(nodes.data());
+    }
+
+    column_buffer<double, 3> pos_;
+    column_buffer<double, 3> normals_;
+    column_buffer<double, 2> texcoords_;
+    column_buffer<unsigned int, 3> triangles_;
+    column_buffer<unsigned int, 4> quads_;
+};
 
 int input(const char* filename, const obj_arrays& out) {
     const closing_file file = open_to_read(filename);
     if (!file) return -1;
     need(out.pos.resize(3, 0));
     text_reader in(file.get());
+    obj_lines lines(out);
     for (std::string_view line; in.line(line);)
-        read_line(line, out);
+        lines.read(line, in.readable_end());
+    lines.flush();
     return std::ferror(file.get()) ? -1 : 0;
 }
 

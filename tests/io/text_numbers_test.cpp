@@ -99,7 +99,8 @@ TEST(TextNumbers, AreThoseOfAtoiSaturatedAndTheShortestThatReadBack) {
 }
 
 TEST(TextReader, TakesTheLongestNumberAndLeavesTheRest) {
-    for (const char* text : {"1e+x", "infinitely", "\r\n\t 7,5", "+-1", "--1", "e5", ".", ""}) {
+    for (const char* text : {"1e+x", "infinitely", "\r\n\t 7,5", "+-1", "--1", "e5", ".", "",
+                             "123:4567890", "1234567/ 890", "12\x80.5 6789"}) {
         char* end = nullptr;
         const double expected = std::strtod(text, &end);
         const closing_file file = scratch_file(text).open("rb");

@@ -58,11 +58,14 @@ TEST(WavefrontOBJ, ReadsLineByLineWhatFits) {
         {"v" + megabyte + "1 2 3\n" + megabyte + "v 4 5 6" + megabyte, " v 1 2 3 4 5 6"},
         {"vt 1\nvt 2 3\nvt 4 5 6\nvt 7 8 9 0\nvt\nvt x\nvt 1 inf", " vt 1 0 2 3 4 5 1 0"},
         {"vn 1 2\nvn 1 2 3\nvn 4 5 6 7\nvn 4 5 6 x", " vn 1 2 3 4 5 6"},
-        {"f 1 2 3\nf 4/9 5//9 6/9/9\r\nf 0 00 4294967295", " f3 0 1 2 3 4 5 0 0 4294967294"},
+        {"f 1 2 3\nf 4/9 5//9 6/9/9\r\nf 0 0000000000000000000002 4294967295",
+         " f3 0 1 2 3 4 5 0 1 4294967294"},
         {"f 1 2 3 4\nf 1 2 3 4 5\nf 1 2\nf\nf 1 2 3 4 5 6", " f4 0 1 2 3"},
         {"f 1/ 2 3\nf 1// 2 3\nf 1/2/ 2 3\nf 1/2/3/4 2 3\nf 1//2//3//\nf 1 2 3 \\\nf 1 2 3 # c",
          ""},
-        {"f -1 2 3\nf 1/-1 2 3\nf 1//-1 2 3\nf +1 2 3\nf 1 2 4294967296\nf 1//4294967296 2 3", ""},
+        {"f -1 2 3\nf 1/-1 2 3\nf 1//-1 2 3\nf +1 2 3\nf 1 2 4294967296\nf 1 2 "
+         "018446744073709551617\nf 1//4294967296 2 3",
+         ""},
     };
     for (const auto& [lines, expected] : cases)
         EXPECT_EQ(read(scratch_file(lines)), "0" + expected) << lines.substr(0, 99);
