@@ -11,6 +11,7 @@
 
 #include "foundation/element_columns.h"
 #include "foundation/memory_guard.h"
+#include "io/large_vector.h"
 
 /// What the formats share that hold elements of several kinds in one connectivity.
 namespace kvx::zelvo {
@@ -144,8 +145,8 @@ public:
     }
 
 private:
-    std::vector<unsigned int> nodes_; ///< of all elements, each as many as its kind has
-    std::vector<unsigned int> properties_;
+    large_vector<unsigned int> nodes_; ///< of all elements, each as many as its kind has
+    large_vector<unsigned int> properties_;
     std::vector<unsigned int> begins_; ///< first element of each group
     std::vector<element_type> kinds_;
 };

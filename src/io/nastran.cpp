@@ -10,6 +10,7 @@
 
 #include "foundation/memory_guard.h"
 #include "io/grouped_elements.h"
+#include "io/large_vector.h"
 #include "io/number_text.h"
 #include "io/open_files.h"
 #include "io/text_reader.h"
@@ -250,12 +251,15 @@ public:
         }
         return false;
     }
-    /// Goes to the next line that has fields; false at the end of the deck. The fields stay valid
-    /// until the next call.
-    bool next() {
+    /// Goes to the next line that has fields and that take(its text, the end of what may be read
+    /// behind it) does not take; false at the end of the deck. The fields stay valid until the next
+    /// call.
+    template <class Take>
+    bool next(Take&& take) {
         if (std::exchange(put_back_, false)) return true;
         line_.count = 0;
         for (std::string_view text; !ended_ && in_.line(text);) {
+            if (take(text, in_.readable_end())) continue;
             split(text, line_);
             if (line_.count == 0) continue;
             ended_ = text.find("ENDDATA") != text.npos;
@@ -264,6 +268,9 @@ public:
         ended_ = true;
         line_ = {};
         return false;
+    }
+    bool next() {
+        return next([](std::string_view, const char*) { return false; });
     }
     /// The line that next() went to; without fields at the end of the deck.
     const card_line& line() const { return line_; }
@@ -278,6 +285,16 @@ private:
 };
 
 // ---- reading: what cards say
+
+struct grid_point {
+    unsigned int number;
+    std::array<double, 3> x;
+};
+
+struct deck_content {
+    group_collector elements;
+    large_vector<grid_point> points;
+};
 
 /// A node or property number; no_node for what is no number below it.
 unsigned int index_of(std::string_view field) {
@@ -327,11 +344,6 @@ void read_element(deck_lines& lines, const known_card& card, bool large, group_c
     out.add(card.kind, fields.property(), nodes.data());
 }
 
-struct grid_point {
-    unsigned int number;
-    std::array<double, 3> x;
-};
-
 /// Coordinates of a grid card, which come field by field from that behind the number on. Three
 /// values are looked at, those without a point for nothing: so a coordinate system that is stated
 /// as 0 costs the last coordinate.
@@ -363,7 +375,7 @@ private:
 };
 
 /// Reads the grid point whose first line is the current one.
-void read_grid_point(deck_lines& lines, bool large, std::vector<grid_point>& out) {
+void read_grid_point(deck_lines& lines, bool large, large_vector<grid_point>& out) {
     const card_line& line = lines.line();
     if (line.count < 2) {
         if (large) lines.next();
@@ -386,22 +398,121 @@ void read_grid_point(deck_lines& lines, bool large, std::vector<grid_point>& out
 }
 
 /// Reads the card whose first line is the current one.
-void read_card(deck_lines& lines, group_collector& elements, std::vector<grid_point>& points) {
+void read_card(deck_lines& lines, deck_content& out) {
     const std::string_view name = lines.line()[0];
-    if (name.starts_with("GRID")) return read_grid_point(lines, name.starts_with("GRID*"), points);
+    if (name.starts_with("GRID"))
+        return read_grid_point(lines, name.starts_with("GRID*"), out.points);
     const std::size_t star = name.find('*');
     const bool large = star != name.npos;
     const known_card* const card = find_card(name.substr(0, star));
-    if (card) return read_element(lines, *card, large, elements);
+    if (card) return read_element(lines, *card, large, out.elements);
     if (large) lines.next(); // also behind a continuation that no card took
 }
 
-void place(const std::vector<grid_point>& points, dense2D<double>& pos) {
+// ---- reading: cards as most are
+
+/// The fields of a line one by one, as long as they are plain.
+class plain_fields {
+public:
+    plain_fields(std::string_view line, const char* readable_end)
+        : at_(line.data())
+        , end_(line.data() + line.size())
+        , readable_end_(readable_end) {}
+
+    std::string_view name() {
+        const char* const begin = at_;
+        while (at_ != end_ && !ends_field[static_cast<unsigned char>(*at_)])
+            ++at_;
+        const std::string_view text(begin, at_);
+        pass_end();
+        return text;
+    }
+    /// Reads a number of few digits; false for any other field.
+    bool whole(unsigned int& n) {
+        constexpr std::ptrdiff_t few_digits = 9; // which 32 bits hold
+        pass_separators();
+        std::uint64_t value = 0;
+        const std::ptrdiff_t count = take_digits(at_, readable_end_, value);
+        n = static_cast<unsigned int>(value);
+        return count > 0 && count <= few_digits && pass_end();
+    }
+    /// Reads a number with a point, see quick_real; false for any other field.
+    bool pointed(double& x) {
+        pass_separators();
+        const char* const begin = at_;
+        const char* const end = quick_real(begin, readable_end_, x);
+        if (!end || std::find(begin, end, '.') == end) return false;
+        at_ = end;
+        return pass_end();
+    }
+    std::string_view rest() const { return {at_, end_}; }
+
+private:
+    void pass_separators() {
+        while (at_ != end_ && is_separator(*at_))
+            ++at_;
+    }
+    /// Whether the field ends here.
+    bool pass_end() {
+        if (at_ == end_) return true;
+        if (!ends_field[static_cast<unsigned char>(*at_)]) return false;
+        at_ += *at_ == ',';
+        return true;
+    }
+
+    const char* at_;
+    const char* end_;
+    const char* readable_end_;
+};
+
+bool take_plain_element(plain_fields fields, const known_card& card, group_collector& out) {
+    std::array<unsigned int, most_fields> read;
+    std::array<unsigned int, most_fields> nodes;
+    unsigned int number = 0;
+    unsigned int property = 0;
+    if (!fields.whole(number) || !fields.whole(property)) return false;
+    const unsigned int count = node_count(card.kind);
+    for (unsigned int i = 0; i < count; ++i) {
+        if (!fields.whole(read[i])) return false;
+    }
+    if (fields.rest().find("ENDDATA") != std::string_view::npos) return false;
+    for (unsigned int i = 0; i < count; ++i)
+        nodes[i] = card.fields[i] == absent ? no_node : read[card.fields[i]];
+    out.add(card.kind, property, nodes.data());
+    return true;
+}
+
+bool take_plain_grid_point(plain_fields fields, large_vector<grid_point>& out) {
+    grid_point point;
+    if (!fields.whole(point.number)) return false;
+    for (double& x : point.x) {
+        if (!fields.pointed(x)) return false;
+    }
+    if (fields.rest().find("ENDDATA") != std::string_view::npos) return false;
+    out.push_back(point);
+    return true;
+}
+
+/// Reads a card of one line that has all its numbers, each in a field of its own, without splitting
+/// the line first; false, and nothing done, for any other line.
+bool take_plain_card(std::string_view line, const char* readable_end, deck_content& out) {
+    plain_fields fields(line, readable_end);
+    const std::string_view name = fields.name();
+    if (name == "GRID") return take_plain_grid_point(fields, out.points);
+    const known_card* const card = find_card(name);
+    return card && take_plain_element(fields, *card, out.elements);
+}
+
+// ---- reading: the deck
+
+void place(const large_vector<grid_point>& points, dense2D<double>& pos) {
     if (points.empty()) return;
     unsigned int largest = 0;
     for (const grid_point& point : points)
         largest = std::max(largest, point.number);
     need(pos.make_zeros(3, std::uint64_t{largest} + 1));
+    if (points.size() > largest / 2) // else most columns may stay untouched
+        prefer_large_pages(pos.data(), 3 * sizeof(double) * pos.cols());
     for (const grid_point& point : points)
         std::copy(point.x.begin(), point.x.end(), &pos(0, point.number));
 }
@@ -411,13 +522,15 @@ int read_deck(const char* filename, dense2D<double>& pos, grouped_elements& all)
     if (!file) return -1;
     deck_lines lines(file.get());
     if (!lines.skip_to_bulk_data()) return -1;
-    group_collector elements;
-    std::vector<grid_point> points;
-    while (lines.next())
-        read_card(lines, elements, points);
+    deck_content read;
+    const auto take = [&read](std::string_view line, const char* readable_end) {
+        return take_plain_card(line, readable_end, read);
+    };
+    while (lines.next(take))
+        read_card(lines, read);
     if (std::ferror(file.get())) return -1; // what was read may be part of the deck only
-    all = elements.result();
-    place(points, pos);
+    all = read.elements.result();
+    place(read.points, pos);
     return all.connectM.empty() || pos.empty() ? -1 : 0;
 }
 

@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <numeric>
+#include <random>
 
 #include "io/files.h"
 #include "meshes.h"
@@ -120,6 +121,26 @@ TEST(NastranInput, ReadsElements) {
         EXPECT_EQ(list(mesh.conn), elements) << cards;
         EXPECT_EQ(list(mesh.props), std::vector<unsigned>(mesh.conn.cols(), 7)) << cards;
         EXPECT_EQ(mesh.offsets[FEs.size()], mesh.conn.cols());
+    }
+}
+
+// Indented lines are split before they are read.
+TEST(NastranInput, ReadsPlainCardsAsItReadsSplitOnes) {
+    const std::string fields[] = {"1",  "-.25",  "0123456789", "2.5e-3",    "7e1",
+                                  "+4", "1.5-3", "1.2.",       "x",         "ENDDATA2",
+                                  "",   "-4",    "$",          "4294967296"};
+    std::mt19937 random;
+    for (int i = 0; i < 5000; ++i) {
+        std::string card = std::array{"GRID", "GRIDX", "CTETRA", "PENTA", "ROD"}[random() % 5];
+        for (std::size_t k = 0; k < 9; ++k)
+            card += std::array{" ", ",", "\t ", ", ", " ,", "       "}[random() % (4 + i % 3)] +
+                    (random() % 8 == 0 && k > 0 ? fields[random() % std::size(fields)]
+                                                : fields[k > 0 && card[0] == 'G']);
+        const auto read = [](const std::string& deck) {
+            const reading mesh = read_bulk(deck + "\nGRID 9 1.\nROD 1 1 3 4\n");
+            return std::tuple(list(mesh.pos), list(mesh.conn), list(mesh.props), list(mesh.FEs));
+        };
+        ASSERT_EQ(read(card), read(" " + card)) << card;
     }
 }
 
