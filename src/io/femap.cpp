@@ -145,9 +145,13 @@ void write_element(text_writer& out, std::uint64_t number, unsigned int prop, co
     out.number(k.topology);
     out.text(",1,0,0,\n"); // layer, orientation node, flag
     for (std::size_t slot = 0; slot < slot_count; ++slot) {
-        const bool used = (k.slots >> slot & 1) != 0;
-        out.number(used ? std::uint64_t{*nodes++} + 1 : 0);
-        out.text((slot + 1) % slots_per_line == 0 ? ",\n" : ",");
+        if ((k.slots >> slot & 1) != 0) {
+            out.number(std::uint64_t{*nodes++} + 1);
+            out.text(",");
+        } else {
+            out.text("0,");
+        }
+        if ((slot + 1) % slots_per_line == 0) out.text("\n");
     }
     out.text("0.,0.,0.,\n"
              "0.,0.,0.,\n"
@@ -222,10 +226,25 @@ struct record {
     bool whole = true;
 
     record() = default;
-    explicit record(std::string_view line) {
-        for (std::string_view value; take_value(line, value); ++count) {
-            if (count < values.size()) values[count] = leading_integer(value);
-            whole = whole && is_whole(value);
+    /// Of a line behind which memory may be read up to readable_end.
+    record(std::string_view line, const char* readable_end) {
+        const char* at = line.data();
+        for (const char* const end = at + line.size();; ++count) {
+            const char* next = at;
+            std::uint64_t size = 0;
+            const std::ptrdiff_t digits = take_digits(next, readable_end, size);
+            auto n = static_cast<std::int64_t>(size);
+            if (digits > 0 && digits < most_whole_digits && next != end && *next == ',') {
+                at = next + 1; // mostly
+            } else {
+                std::string_view value;
+                line = {at, end};
+                if (!take_value(line, value)) return;
+                at = line.data();
+                n = leading_integer(value);
+                whole = whole && is_whole(value);
+            }
+            if (count < values.size()) values[count] = n;
         }
     }
 };
@@ -337,7 +356,7 @@ private:
         element_lines lines;
         while (next_record(in, line)) {
             std::move(lines.begin() + 1, lines.end(), lines.begin());
-            lines.back() = record(line);
+            lines.back() = record(line, in.readable_end());
             if (!begins_element(lines)) continue;
             add_element(lines);
             lines = {};

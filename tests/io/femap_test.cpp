@@ -54,10 +54,10 @@ TEST(Femap, ReadsOtherHabits) {
     for (const std::string element :
          {"7 1 3 25 7 1 0 0 9 9\n10 20 30 0 40 50 9223372036854775806 0 0 0\n",
           "8 , 1,-3 25,14 1 ,,0\r\n30 20 10 40 50 0 0 0 0 0\r\n",
-          "9 1 99999999999 25 6 1 0 0\n20 10 30 40 0 0 0 0 0 0\n",
+          "9,1,99999999999,25,6,1,0,0\n20 10 30 40 0 0 0 0 0 0\n",
           "10 1 5 25 6 1 0 0 1 1\n20 10 30 0 40 0 0 0 0 0\n",
           "11 1 5 17 2 1 0 0\n10 20 15 0 0 0 0 0 0 0\n",
-          "12 1 5 17 2 1 0 0\n10 20 9223372036854775808 0 0 0 0 0 0 0\n",
+          "12 1 5 17 2 1 0 0\n10,20,18446744073709551636,0,0,0,0,0,0,0,\n",
           "13 1 5 17 2 1 0 0\n10 20 0 0 0 0 0 0 0 0\n",
           "14 1 5 17 11 1 0 0\n10 20 30 0 0 0 0 0 0 0\n"})
         text += element + rest + more;
@@ -72,6 +72,9 @@ TEST(Femap, ReadsOtherHabits) {
     const grouped_elements all{conn, vec({0, 1, 2, 4}), kinds({16, 14, 12}), vec({3, 0, none, 5})};
     EXPECT_EQ(input(scratch_file(text)), lists(0, x, all));
     EXPECT_EQ(std::get<1>(input(scratch_file(edge + nodes))).size(), 3u);
+    const scratch_file written; // without any blanks
+    EXPECT_EQ(output(written, x, all), 0);
+    EXPECT_EQ(input(written), lists(0, x, all));
 }
 
 TEST(Femap, ReadsFilesOfOtherPrograms) {
