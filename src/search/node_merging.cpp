@@ -13,6 +13,7 @@
 #include <kvx/zelvo/node_indices.h>
 
 #include "foundation/hashing.h"
+#include "foundation/large_blocks.h"
 #include "foundation/matrix_range.h"
 #include "foundation/memory_guard.h"
 #include "indices/index_collection.h"
@@ -30,7 +31,7 @@ constexpr double default_tolerance = 1e-6;
 constexpr std::uint64_t pairs_per_node = 4;
 
 /// Width of cells in tolerances: few nodes look beyond a wide one, few share a narrow one.
-constexpr double wide_cells = 16;
+constexpr double wide_cells = 32;
 constexpr double narrow_cells = 4;
 
 /// Two nodes that may be joined; the collector that made the pair knows what the numbers stand for.
@@ -123,7 +124,7 @@ bool stays(const dense1D<unsigned int>& new_IDs, unsigned int node) {
 
 dense1D<unsigned int> identity(std::uint64_t n) {
     need_numbers_for(n);
-    dense1D<unsigned int> map(n);
+    auto map = zeros_to_fill<unsigned int>(n);
     std::iota(map.begin(), map.end(), 0u);
     return map;
 }
@@ -193,18 +194,24 @@ void sort_by_turn(std::vector<merge_pair>& pairs) {
     });
 }
 
+/// Distinct nodes in the order of their turn, and their roles.
+struct listed_nodes {
+    dense1D<unsigned int> nodes;
+    std::vector<pair_role> roles; ///< one per column of pos; none where all nodes are in both
+
+    pair_role role(unsigned int node) const { return roles.empty() ? both : roles[node]; }
+};
+
 /// Pairs of listed nodes. Nodes are numbered by their turn: survivors in list order first.
 template <unsigned Dim>
 class list_pairs {
 public:
-    list_pairs(const dense2D<double>& pos, std::vector<unsigned int>&& nodes,
-               const std::vector<pair_role>& roles, double tol)
-        : nodes_(std::move(nodes))
-        , roles_(roles)
+    list_pairs(const dense2D<double>& pos, const listed_nodes& listed, double tol)
+        : listed_(listed)
         , tol_(tol)
-        , points_(nodes_.size()) {
-        for (std::size_t k = 0; k < nodes_.size(); ++k) {
-            std::copy_n(&pos(0, nodes_[k]), Dim, points_[k].x.begin());
+        , points_(listed.nodes.size()) {
+        for (std::size_t k = 0; k < points_.size(); ++k) {
+            std::copy_n(&pos(0, listed.nodes[k]), Dim, points_[k].x.begin());
             points_[k].id = static_cast<unsigned int>(k);
         }
         std::erase_if(points_, [](const auto& p) {
@@ -212,7 +219,7 @@ public:
         });
     }
 
-    std::uint64_t turns() const { return nodes_.size(); }
+    std::uint64_t turns() const { return listed_.nodes.size(); }
 
     bool collect(pair_band& band, const dense1D<unsigned int>&) {
         if (!tree_ || tree_turns_ != band.turns()) plant(band.turns());
@@ -229,10 +236,10 @@ public:
 
     static void sort(std::vector<merge_pair>& pairs) { sort_by_turn(pairs); }
 
-    unsigned int node(unsigned int number) const { return nodes_[number]; }
+    unsigned int node(unsigned int number) const { return listed_.nodes[number]; }
 
     void drop_absorbed(const dense1D<unsigned int>& new_IDs) {
-        std::erase_if(points_, [&](const auto& p) { return !stays(new_IDs, nodes_[p.id]); });
+        std::erase_if(points_, [&](const auto& p) { return !stays(new_IDs, node(p.id)); });
         tree_.reset();
     }
 
@@ -241,7 +248,7 @@ private:
     /// around them holds a node at a distance, however large the tolerance.
     void plant(turn_range turns) {
         for (auto& p : points_) {
-            const pair_role role = roles_[nodes_[p.id]];
+            const pair_role role = listed_.role(node(p.id));
             const bool survives = turns.contains(p.id) && is_finite<Dim>(p.x.data());
             p.role = survives ? role : static_cast<pair_role>(role & absorbable);
         }
@@ -254,8 +261,7 @@ private:
                in_box<Dim>(by.x.data(), absorbed.x.data(), tol_);
     }
 
-    std::vector<unsigned int> nodes_;
-    const std::vector<pair_role>& roles_;
+    const listed_nodes& listed_;
     double tol_;
     std::vector<numbered_point<Dim>> points_;
     std::optional<close_pairs<Dim>> tree_;
@@ -335,12 +341,6 @@ private:
     dense1D<unsigned int> renumbering_;
 };
 
-/// Listed nodes in the order of their turn, and their roles.
-struct listed_nodes {
-    std::vector<unsigned int> nodes;
-    std::vector<pair_role> roles; ///< one per column of pos
-};
-
 /// Listed nodes at the place of an earlier one of their role, which stands for them: whatever
 /// absorbs or stays with the one does so with the others at the same turn.
 class coincident_nodes {
@@ -374,27 +374,29 @@ coincident_nodes take_out_coincident(const dense2D<double>& pos, listed_nodes& l
                                      dense1D<unsigned int>& new_IDs) {
     hash_slots places(listed.nodes.size());
     const auto hash = [&](unsigned int node) {
-        std::uint64_t bits = places.seed() + listed.roles[node];
+        std::uint64_t bits = places.seed() + listed.role(node);
         // Adding 0 makes the two zeros one.
         for (unsigned i = 0; i < Dim; ++i)
             bits = mixed_bits(bits + std::bit_cast<std::uint64_t>(pos(i, node) + 0.0));
         return bits;
     };
     const auto equal = [&](unsigned int a, unsigned int b) {
-        bool same = listed.roles[a] == listed.roles[b];
+        bool same = listed.role(a) == listed.role(b);
         for (unsigned i = 0; i < Dim; ++i)
             same &= pos(i, a) == pos(i, b);
         return same;
     };
     coincident_nodes coincident;
-    std::erase_if(listed.nodes, [&](unsigned int node) {
+    const auto is_taken_out = [&](unsigned int node) {
         if (!is_finite<Dim>(&pos(0, node))) return false; // infinite coordinates have no distance 0
         const unsigned int stands = places.find_or_insert(
             hash(node), node, [&](unsigned int other) { return equal(node, other); });
         if (stands == no_node) return false;
-        coincident.add(node, stands, listed.roles[node], new_IDs);
+        coincident.add(node, stands, listed.role(node), new_IDs);
         return true;
-    });
+    };
+    const auto last = std::remove_if(listed.nodes.begin(), listed.nodes.end(), is_taken_out);
+    need(listed.nodes.resize(static_cast<std::uint64_t>(last - listed.nodes.begin())));
     return coincident;
 }
 
@@ -410,12 +412,13 @@ bool find_in_cells(const dense2D<double>& pos, const listed_nodes& listed, doubl
                    double tolerances_a_cell, dense1D<unsigned int>& new_IDs,
                    found_in_cells& found) {
     const auto same_place = [&](unsigned int node, unsigned int other) {
-        const bool stands = listed.roles[node] == listed.roles[other];
-        if (stands) found.coincident.add(node, other, listed.roles[node], new_IDs);
-        return stands;
+        const pair_role role = listed.role(node);
+        if (role != listed.role(other)) return false;
+        found.coincident.add(node, other, role, new_IDs);
+        return true;
     };
     const auto may_join = [&](unsigned int by, unsigned int absorbed) {
-        return (listed.roles[by] & survivor) != 0 && (listed.roles[absorbed] & absorbable) != 0 &&
+        return (listed.role(by) & survivor) != 0 && (listed.role(absorbed) & absorbable) != 0 &&
                in_box<Dim>(&pos(0, by), &pos(0, absorbed), tol);
     };
     // Of two nodes that may absorb each other the first listed one has its turn first.
@@ -439,7 +442,7 @@ std::uint64_t join_pairs(std::vector<merge_pair>& pairs, const listed_nodes& lis
                          dense1D<unsigned int>& new_IDs) {
     if (pairs.empty()) return 0;
     constexpr std::uint8_t several = 2;
-    std::vector<std::uint8_t> pairs_of(listed.roles.size());
+    std::vector<std::uint8_t> pairs_of(new_IDs.size());
     for (const merge_pair& pair : pairs) {
         for (const unsigned int node : {pair.survivor, pair.absorbed})
             pairs_of[node] = std::min<std::uint8_t>(several, pairs_of[node] + 1);
@@ -452,7 +455,7 @@ std::uint64_t join_pairs(std::vector<merge_pair>& pairs, const listed_nodes& lis
     });
     joined -= pairs.size();
     if (pairs.empty()) return joined;
-    std::vector<unsigned int> turns(listed.roles.size());
+    std::vector<unsigned int> turns(new_IDs.size());
     for (std::size_t k = 0; k < listed.nodes.size(); ++k)
         turns[listed.nodes[k]] = static_cast<unsigned int>(k);
     for (merge_pair& pair : pairs)
@@ -476,9 +479,8 @@ std::uint64_t merge_listed(const dense2D<double>& pos, listed_nodes& listed, dou
         joined = join_pairs(found.pairs, listed, new_IDs);
     } else {
         found.coincident = take_out_coincident<Dim>(pos, listed, new_IDs);
-        const std::uint64_t count = listed.nodes.size();
-        list_pairs<Dim> pairs(pos, std::move(listed.nodes), listed.roles, tol);
-        joined = join_nearest_first(pairs, tol, count, new_IDs);
+        list_pairs<Dim> pairs(pos, listed, tol);
+        joined = join_nearest_first(pairs, tol, listed.nodes.size(), new_IDs);
     }
     joined += found.coincident.join(new_IDs);
     resolve_chains(new_IDs);
@@ -490,26 +492,25 @@ listed_nodes in_order_of_turn(const dense1D<unsigned int>& nodes1,
                               const dense1D<unsigned int>& nodes2, std::uint64_t cols) {
     listed_nodes listed;
     listed.roles.resize(cols, neither);
+    std::uint64_t count = 0;
+    listed.nodes = zeros_to_fill<unsigned int>(std::min(cols, nodes1.size() + nodes2.size()));
     const auto add = [&](const dense1D<unsigned int>& nodes, pair_role r) {
         for (const unsigned int node : nodes) {
             if (node == no_node) continue;
-            if (listed.roles[node] == neither) listed.nodes.push_back(node);
+            if (listed.roles[node] == neither) listed.nodes[count++] = node;
             listed.roles[node] = static_cast<pair_role>(listed.roles[node] | r);
         }
     };
-    listed.nodes.reserve(nodes2.size());
     add(nodes2, survivor);
     add(nodes1, absorbable);
+    need(listed.nodes.resize(count));
     return listed;
 }
 
-/// Node lists that passed their checks: fills new_IDs and returns the count.
-std::uint64_t merge_lists(const dense2D<double>& pos, const dense1D<unsigned int>& nodes1,
-                          const dense1D<unsigned int>& nodes2, double tol,
-                          dense1D<unsigned int>& new_IDs) {
-    if (nodes1.empty() || nodes2.empty()) return 0;
+/// Fills new_IDs and returns the count. The list may be changed.
+std::uint64_t merge_listed(const dense2D<double>& pos, listed_nodes&& listed, double tol,
+                           dense1D<unsigned int>& new_IDs) {
     dense1D<unsigned int> map = identity(pos.cols());
-    listed_nodes listed = in_order_of_turn(nodes1, nodes2, pos.cols());
     const std::uint64_t joined = pos.rows() == 2 ? merge_listed<2>(pos, listed, tol, map)
                                                  : merge_listed<3>(pos, listed, tol, map);
     new_IDs.swap(map);
@@ -544,7 +545,7 @@ int merge_elements(const dense2D<double>& pos, dense2D<unsigned int>* first,
     if (!check_IDs(used, index_bound(pos.cols()))) return -2;
     std::uint64_t joined = 0;
     if (flags == 0) {
-        joined = merge_lists(pos, used, used, tol, new_IDs);
+        joined = merge_listed(pos, {used, {}}, tol, new_IDs);
     } else {
         dense1D<unsigned int> map = identity(pos.cols());
         const auto join = pos.rows() == 2 ? join_in_elements<2> : join_in_elements<3>;
@@ -554,6 +555,17 @@ int merge_elements(const dense2D<double>& pos, dense2D<unsigned int>* first,
     for (auto m = first; m != last; ++m)
         change_indices(*m, new_IDs);
     return count_result(joined);
+}
+
+/// A matrix of the columns `order` of another one.
+template <unsigned Dim>
+dense2D<double> columns(const dense2D<double>& pos, const dense1D<unsigned int>& order) {
+    dense2D<double> taken;
+    need(taken.make_zeros(Dim, order.size()));
+    prefer_large_pages(taken.data(), Dim * order.size() * sizeof(double));
+    for (std::uint64_t k = 0; k < order.size(); ++k)
+        std::copy_n(&pos(0, order[k]), Dim, &taken(0, k));
+    return taken;
 }
 
 bool is_planar_or_spatial(const dense2D<double>& pos) {
@@ -573,7 +585,11 @@ int merge(const dense2D<double>& pos, const dense1D<unsigned int>& nodes1,
     if (!check_IDs(from, index_bound(pos.cols()))) return -2;
     if (!check_IDs(onto, index_bound(pos.cols()))) return -3;
     if (!(tol >= 0)) return -4;
-    return guarded([&] { return count_result(merge_lists(pos, from, onto, tol, new_IDs)); });
+    if (from.empty() || onto.empty()) return 0;
+    return guarded([&] {
+        return count_result(
+            merge_listed(pos, in_order_of_turn(from, onto, pos.cols()), tol, new_IDs));
+    });
 }
 
 int merge(const dense2D<double>& pos, const dense1D<unsigned int>& nodes,
@@ -638,14 +654,9 @@ int merge(dense2D<double>& pos, dense1D<unsigned int>& new_IDs, double tol) noex
     if (!is_planar_or_spatial(pos)) return -1;
     if (!(tol >= 0)) return -3;
     return guarded([&] {
-        const dense1D<unsigned int> all = identity(pos.cols());
-        dense2D<double> moved;
-        need(moved.copy(pos));
         dense1D<unsigned int> map;
-        const std::uint64_t joined = merge_lists(moved, all, all, tol, map);
-        for (std::uint64_t k = 0; k < map.size(); ++k) {
-            if (map[k] != k) std::copy_n(&moved(0, map[k]), moved.rows(), &moved(0, k));
-        }
+        const std::uint64_t joined = merge_listed(pos, {identity(pos.cols()), {}}, tol, map);
+        dense2D<double> moved = pos.rows() == 2 ? columns<2>(pos, map) : columns<3>(pos, map);
         pos.swap(moved);
         new_IDs.swap(map);
         return count_result(joined);
