@@ -15,6 +15,7 @@
 #include <kvx/zelvo/node_merging.h>
 #include <kvx/zelvo/simplification.h>
 
+#include "foundation/large_blocks.h"
 #include "foundation/memory_guard.h"
 #include "io/distinct_nodes.h"
 #include "io/nearest_rounding.h"
@@ -236,8 +237,12 @@ void write_binary_facet(text_writer& out, const triangle& t) {
 template <class WriteFacet>
 void write_facets(const text_writer& out, const dense2D<double>& pos,
                   const dense2D<unsigned int>& connectM, WriteFacet&& write) {
-    if (connectM.empty()) return; // columns without rows hold no facet
+    if (connectM.empty()) return;       // columns without rows hold no facet
+    constexpr std::uint64_t ahead = 16; // facets of shuffled meshes wait for memory otherwise
     for (std::uint64_t j = 0; j < connectM.cols() && !out.failed(); ++j) {
+        const unsigned int* const later = &connectM(0, std::min(j + ahead, connectM.cols() - 1));
+        for (unsigned k = 0; k < 3; ++k)
+            prefetch(&pos(0, later[k]));
         const unsigned int* const nodes = &connectM(0, j);
         write(corners_of(pos, nodes), nodes);
     }
