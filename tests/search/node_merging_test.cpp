@@ -77,6 +77,18 @@ TEST(merge, joins_like_the_plain_procedure) {
                 ASSERT_EQ(merge(pos, l1, l2, ids, tol), count);
                 ASSERT_EQ(list(ids), expected);
 
+                const auto all = identity(n);
+                auto moved = pos;
+                dense2D<double> onto;
+                onto.copy(pos);
+                count = plain_merge(pos, {{all, all}}, tol, false, expected);
+                for (unsigned i = 0; i < pos.rows() * n; ++i)
+                    onto(i % pos.rows(), i / pos.rows()) =
+                        pos(i % pos.rows(), expected[i / pos.rows()]);
+                ASSERT_EQ(merge(moved, ids, tol), count);
+                ASSERT_EQ(list(ids), expected);
+                ASSERT_TRUE(alike(moved, onto));
+
                 std::vector<candidates> elements;
                 const unsigned rows = n < 10 ? 30 : 4; // the same few nodes over and over
                 for (unsigned e = 0; e < n / 2 + 1; ++e) {
