@@ -149,7 +149,8 @@ void group_by_nodes(std::uint64_t node_count, const Walk& walk, const Visit& vis
     walk([ends, items](unsigned int number, std::array<unsigned int, K> nodes) {
         sort_nodes(nodes);
         bucket_item<K>& item = items[ends[nodes[0]]++];
-        std::copy(nodes.begin() + 1, nodes.end(), item.begin());
+        for (std::size_t i = 0; i + 1 < K; ++i)
+            item[i] = nodes[i + 1]; // out of registers, where std::copy goes through memory
         item.back() = number;
     });
 
