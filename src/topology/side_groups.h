@@ -59,34 +59,39 @@ public:
         unsigned int count = 0;
         for (const bucket_item<K>* item = first; item != last; ++item) {
             std::size_t at = hash(*item) % slots_.size();
-            unsigned int group = slots_[at] - base_;
-            while (group < count && !same_nodes(items_[group % most_hashed], *item)) {
+            unsigned int number = slots_[at] - base_;
+            while (number < count && !same_nodes<K>(groups_[number].first, *item)) {
                 at = (at + 1) % slots_.size();
-                group = slots_[at] - base_;
+                number = slots_[at] - base_;
             }
-            const bool fresh = group >= count;
-            group = fresh ? count : group;
-            count += fresh;
-            slots_[at] = base_ + group;
-            items_[group] = *item;
-            item_group& g = groups_[group];
-            const unsigned int size = fresh ? 0 : g.size;
-            g.first = size == 0 ? item->back() : g.first;
-            g.second = size == 1 ? item->back() : g.second;
-            g.size = size + 1;
+            if (number >= count) {
+                slots_[at] = base_ + count;
+                groups_[count++] = {*item, 0, 1};
+            } else {
+                same_items& g = groups_[number];
+                if (g.size == 1) g.second = item->back();
+                ++g.size;
+            }
         }
-        for (unsigned int group = 0; group < count; ++group)
-            visit(groups_[group]);
+        for (unsigned int g = 0; g < count; ++g)
+            visit(item_group{groups_[g].first.back(), groups_[g].second, groups_[g].size});
         base_ += count;
     }
 
 private:
     static constexpr std::size_t most_hashed = 128;
 
+    struct same_items {
+        bucket_item<K> first;
+        unsigned int second; ///< number of the next item
+        unsigned int size;
+    };
+
     static std::size_t hash(const bucket_item<K>& item) {
         std::uint64_t h = 0;
+        std::uint64_t factor = 1;
         for (std::size_t i = 0; i + 1 < K; ++i)
-            h = (h ^ item[i]) * 0x9E3779B97F4A7C15u;
+            h += item[i] * (factor *= 0x9E3779B97F4A7C15u);
         return h >> 40;
     }
 
@@ -107,8 +112,7 @@ private:
     // as empty without being emptied. There are fewer groups than numbers of items.
     std::array<unsigned int, 2 * most_hashed> slots_{};
     unsigned int base_ = 1;
-    std::array<bucket_item<K>, most_hashed> items_;
-    std::array<item_group, most_hashed> groups_;
+    std::array<same_items, most_hashed> groups_;
 };
 
 /// Groups numbered items by their sets of K nodes (with repetitions; shorter sets are padded with a
