@@ -8,6 +8,7 @@
 #include <kvx/dense_array.h>
 #include <kvx/element_type.h>
 
+#include "foundation/entry_runs.h"
 #include "foundation/memory_guard.h"
 
 namespace kvx::zelvo {
@@ -41,11 +42,12 @@ inline std::uint64_t compact_indices(std::span<dense2D<unsigned int>> views,
         }
     };
 
-    every_entry([&](unsigned int e) {
-        if (counts(e)) length = std::max(length, std::uint64_t{e} + 1);
-    });
-    for (const dense2D<unsigned int>& m : views)
+    const unsigned int shift = meaning == no_node_entries::absent ? 1 : 0; // no_node becomes 0
+    for (const dense2D<unsigned int>& m : views) {
         entries += m.rows() * m.cols();
+        if (!m.empty())
+            length = std::max(length, std::uint64_t{largest_shifted(m, shift)} + 1 - shift);
+    }
     if (length <= no_node && length / in_proportion <= entries) return length;
 
     ranked.reserve(entries);

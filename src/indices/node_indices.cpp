@@ -1,9 +1,11 @@
 #include <kvx/zelvo/node_indices.h>
 
 #include <algorithm>
+#include <cstddef>
 
 #include "foundation/appending.h"
 #include "foundation/element_columns.h"
+#include "foundation/entry_runs.h"
 #include "foundation/matrix_range.h"
 #include "foundation/memory_overlap.h"
 #include "indices/index_collection.h"
@@ -15,30 +17,19 @@ namespace {
 /// Calls visit(entry) for every entry of an array, column by column, up to the end of the block in
 /// which it first answers false; whether it never did. Without a way out at every entry several are
 /// compared at once.
-template <class T, class Visit>
-bool every_entry(T* entries, std::uint64_t n, Visit&& visit) {
-    constexpr std::uint64_t block = 256;
-    for (std::uint64_t begin = 0; begin < n; begin += block) {
-        const std::uint64_t end = std::min(n, begin + block);
-        unsigned int refused = 0;
-        for (std::uint64_t i = begin; i < end; ++i)
-            refused |= visit(entries[i]) ? 0u : 1u;
-        if (refused != 0) return false;
-    }
-    return true;
-}
-template <class Visit>
-bool every_entry(const dense1D<unsigned int>& v, Visit&& visit) {
-    return every_entry(v.data(), v.size(), visit);
-}
-template <class Visit>
-bool every_entry(const dense2D<unsigned int>& m, Visit&& visit) {
-    if (m.rows() == 0) return true;
-    if (m.ld() == m.rows()) return every_entry(m.data(), m.rows() * m.cols(), visit);
-    for (std::uint64_t j = 0; j < m.cols(); ++j) {
-        if (!every_entry(&m(0, j), m.rows(), visit)) return false;
-    }
-    return true;
+template <class Array, class Visit>
+bool every_entry(const Array& a, Visit&& visit) {
+    return every_run(a, [&visit](const unsigned int* begin, const unsigned int* last) {
+        constexpr std::ptrdiff_t block = 256;
+        while (begin != last) {
+            const unsigned int* const end = begin + std::min(last - begin, block);
+            unsigned int refused = 0;
+            for (; begin != end; ++begin)
+                refused |= visit(*begin) ? 0u : 1u;
+            if (refused != 0) return false;
+        }
+        return true;
+    });
 }
 
 /// The same with entries that may be written.
@@ -59,12 +50,8 @@ void change_every_entry(dense2D<unsigned int>& m, Visit&& visit) {
 
 template <class Array>
 unsigned int largest_index(const Array& a) {
-    unsigned int largest = 0;
-    every_entry(a, [&](unsigned int e) {
-        if (e > largest && e != no_node) largest = e;
-        return true;
-    });
-    return largest;
+    const unsigned int length = largest_shifted(a, 1); // where no_node is 0
+    return length == 0 ? 0 : length - 1;
 }
 
 template <class Array>
