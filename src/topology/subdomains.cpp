@@ -8,6 +8,7 @@
 #include <kvx/zelvo/node_indices.h>
 
 #include "foundation/compact_indices.h"
+#include "foundation/large_blocks.h"
 #include "foundation/memory_guard.h"
 #include "topology/compressed_lists.h"
 
@@ -19,8 +20,9 @@ namespace {
 class element_sets {
 public:
     explicit element_sets(unsigned int element_count)
-        : parents_(element_count) {
-        std::iota(parents_.begin(), parents_.end(), 0u);
+        : size_(element_count)
+        , parents_(make_scratch<unsigned int>(element_count)) {
+        std::iota(parents_.get(), parents_.get() + element_count, 0u);
     }
 
     unsigned int lowest(unsigned int e) {
@@ -32,10 +34,11 @@ public:
         const auto [low, high] = std::minmax({lowest(a), lowest(b)});
         parents_[high] = low;
     }
-    unsigned int size() const { return static_cast<unsigned int>(parents_.size()); }
+    unsigned int size() const { return size_; }
 
 private:
-    std::vector<unsigned int> parents_;
+    unsigned int size_;
+    scratch<unsigned int> parents_;
 };
 
 struct subdomains {
@@ -47,7 +50,7 @@ struct subdomains {
 subdomains listed(element_sets& sets) {
     subdomains parts;
     need(parts.elements.resize(sets.size()));
-    std::vector<unsigned int> part_of(sets.size());
+    const auto part_of = make_scratch<unsigned int>(sets.size());
     std::vector<unsigned int> ends; // of the parts; first their sizes, then their begins
     for (unsigned int e = 0; e < sets.size(); ++e) {
         const unsigned int lowest = sets.lowest(e);
@@ -67,8 +70,9 @@ subdomains listed(element_sets& sets) {
 
 subdomains joined_by_nodes(dense2D<unsigned int> conn) {
     element_sets sets(list_offset(conn.cols()));
-    std::vector<unsigned int> first_element(compact_indices({&conn, 1}, no_node_entries::absent),
-                                            no_node);
+    const std::uint64_t node_count = compact_indices({&conn, 1}, no_node_entries::absent);
+    const auto first_element = make_scratch<unsigned int>(node_count);
+    std::fill_n(first_element.get(), node_count, no_node);
     const unsigned int* column = conn.data();
     for (unsigned int e = 0; e < sets.size(); ++e, column += conn.ld()) {
         for (std::uint64_t i = 0; i < conn.rows(); ++i) {
