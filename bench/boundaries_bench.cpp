@@ -2,8 +2,8 @@
 
 #include <kvx/zelvo/neighbors.h>
 
-#include "benchmark_sizes.h"
 #include "generated_meshes.h"
+#include "growth.h"
 
 namespace {
 
@@ -11,28 +11,33 @@ using namespace kvx;
 using namespace kvx::zelvo;
 using namespace kvx::zelvo::bench;
 
-void element_boundaries(benchmark::State& state) {
-    const mesh m = tetrahedral_grid(static_cast<std::uint64_t>(state.range(0)));
+void element_boundaries(measurement& measured, const mesh& m) {
     dense2D<unsigned int> boundaries;
-    for (auto _ : state) {
-        if (failed(state, get_element_boundaries(m.conn, m.kind, boundaries))) return;
-    }
-    per_item(state, m.conn.cols());
+    measured.reads(m.conn).makes(boundaries).run([&] {
+        return get_element_boundaries(m.conn, m.kind, boundaries);
+    });
 }
-BENCHMARK(element_boundaries)->Apply(doubling_sizes);
 
-void mesh_boundaries(benchmark::State& state) {
-    const mesh m = tetrahedral_grid(static_cast<std::uint64_t>(state.range(0)));
-    dense2D<unsigned int> neighbors;
-    if (failed(state, get_neighbors(m.conn, m.kind, true, neighbors))) return;
-    dense2D<unsigned int> boundaries;
-    for (auto _ : state) {
-        if (failed(state, get_mesh_boundaries(m.conn, neighbors, m.kind, boundaries))) return;
-    }
-    per_item(state, m.conn.cols());
+void mesh_boundaries(measurement& measured, const mesh& m) {
+    dense2D<unsigned int> neighbors, boundaries;
+    get_neighbors(m.conn, m.kind, true, neighbors);
+    measured.reads(m.conn, neighbors).makes(boundaries).run([&] {
+        return get_mesh_boundaries(m.conn, neighbors, m.kind, boundaries);
+    });
 }
-BENCHMARK(mesh_boundaries)->Apply(doubling_sizes);
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    over_sizes<mesh>(
+        {{"triangles", bumpy_sphere},
+         {"triangles_around_a_node", fan},
+         {"one_triangle", one_triangle},
+         {"tetrahedra", tetrahedral_grid},
+         {"tetrahedra_clustered", clustered<tetrahedral_grid>},
+         {"tetrahedra_shuffled", shuffled<tetrahedral_grid>},
+         {"hexahedra", hexahedral_grid},
+         {"solids", mixed_solids}},
+        {{"element_boundaries", element_boundaries}, {"mesh_boundaries", mesh_boundaries}});
+    return run_benchmarks(argc, argv);
+}

@@ -1,7 +1,7 @@
 #include <kvx/zelvo/edge_qualities.h>
 
-#include "benchmark_sizes.h"
 #include "generated_meshes.h"
+#include "growth.h"
 
 namespace {
 
@@ -9,33 +9,33 @@ using namespace kvx;
 using namespace kvx::zelvo;
 using namespace kvx::zelvo::bench;
 
-dense1D<double> unit_sizes(std::uint64_t n) {
-    return dense1D<double>(n, 1.0);
-}
-
-dense2D<double> unit_metrics(std::uint64_t n) {
-    dense2D<double> metrics(6, n);
-    for (const unsigned diagonal : {0u, 2u, 5u}) {
-        for (std::uint64_t j = 0; j < n; ++j)
-            metrics(diagonal, j) = 1;
-    }
-    return metrics;
-}
-
 template <class Field>
-void qualities_of(benchmark::State& state, Field (*make)(std::uint64_t)) {
-    const mesh m = tetrahedral_grid(static_cast<std::uint64_t>(state.range(0)));
-    const Field field = make(m.pos.cols());
-    for (auto _ : state) {
+void rate(measurement& measured, const mesh& m, const Field& field) {
+    measured.reads(m.pos, m.conn, field).run([&] {
         misc::histogram statistics(0, 4, 40);
-        if (failed(state, edge_qualities(m.pos, m.conn, m.kind, field, statistics))) return;
-        benchmark::DoNotOptimize(statistics.mean());
-    }
-    per_item(state, m.conn.cols());
+        return edge_qualities(m.pos, m.conn, m.kind, field, statistics);
+    });
 }
-BENCHMARK_CAPTURE(qualities_of, sizes, unit_sizes)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(qualities_of, metrics, unit_metrics)->Apply(doubling_sizes);
+
+void in_sizes(measurement& measured, const mesh& m) {
+    rate(measured, m, dense1D<double>(m.pos.cols(), 1.0));
+}
+
+void in_metrics(measurement& measured, const mesh& m) {
+    dense2D<double> units(6, m.pos.cols());
+    for (std::uint64_t j = 0; j < units.cols(); ++j)
+        units(0, j) = units(2, j) = units(5, j) = 1;
+    rate(measured, m, units);
+}
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    over_sizes<mesh>({{"triangles", bumpy_sphere},
+                      {"triangles_around_a_node", fan},
+                      {"tetrahedra", tetrahedral_grid},
+                      {"tetrahedra_clustered", clustered<tetrahedral_grid>},
+                      {"tetrahedra_shuffled", shuffled<tetrahedral_grid>}},
+                     {{"in_sizes", in_sizes}, {"in_metrics", in_metrics}});
+    return run_benchmarks(argc, argv);
+}

@@ -1,7 +1,7 @@
 #include <kvx/zelvo/edges.h>
 
-#include "benchmark_sizes.h"
 #include "generated_meshes.h"
+#include "growth.h"
 
 namespace {
 
@@ -9,21 +9,29 @@ using namespace kvx;
 using namespace kvx::zelvo;
 using namespace kvx::zelvo::bench;
 
-void edges_of(benchmark::State& state, mesh (*make)(std::uint64_t)) {
-    const mesh m = make(static_cast<std::uint64_t>(state.range(0)));
-    for (auto _ : state) {
-        dense2D<unsigned int> edges;
-        if (failed(state, copy_edges(m.conn, m.kind, edges))) return;
-        benchmark::DoNotOptimize(edges.data());
-    }
-    per_item(state, m.conn.cols());
+void distinct_edges(measurement& measured, const mesh& m) {
+    dense2D<unsigned int> edges;
+    measured.reads(m.conn).makes(edges).run([&] {
+        edges.clear(); // edges are appended
+        return copy_edges(m.conn, m.kind, edges);
+    });
 }
-BENCHMARK_CAPTURE(edges_of, triangles, bumpy_sphere)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(edges_of, triangles_shuffled, shuffled<bumpy_sphere>)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(edges_of, triangles_around_a_node, fan)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(edges_of, tetrahedra, tetrahedral_grid)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(edges_of, tetrahedra_shuffled, shuffled<tetrahedral_grid>)->Apply(doubling_sizes);
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    over_sizes<mesh>({{"triangles", bumpy_sphere},
+                      {"triangles_clustered", clustered<bumpy_sphere>},
+                      {"triangles_shuffled", shuffled<bumpy_sphere>},
+                      {"triangles_sparse", sparse<bumpy_sphere>},
+                      {"triangles_around_a_node", fan},
+                      {"one_triangle", one_triangle},
+                      {"tetrahedra", tetrahedral_grid},
+                      {"tetrahedra_clustered", clustered<tetrahedral_grid>},
+                      {"tetrahedra_shuffled", shuffled<tetrahedral_grid>},
+                      {"tetrahedra_sparse", sparse<shuffled<tetrahedral_grid>>},
+                      {"hexahedra", hexahedral_grid},
+                      {"solids", mixed_solids}},
+                     {{"copy_edges", distinct_edges}});
+    return run_benchmarks(argc, argv);
+}

@@ -8,10 +8,9 @@
 #include <kvx/zelvo/wavefront_obj.h>
 
 #include <cstdio>
-#include <string>
 
-#include "benchmark_sizes.h"
 #include "generated_meshes.h"
+#include "growth.h"
 #include "temporary_file.h"
 
 namespace {
@@ -20,129 +19,115 @@ using namespace kvx;
 using namespace kvx::zelvo;
 using namespace kvx::zelvo::bench;
 
-/// A mesh as one group, with a property number for each element.
-struct grouped_mesh : mesh {
-    explicit grouped_mesh(const mesh& m)
-        : mesh(m)
-        , offsets(2, 0)
+using writer = int (*)(const char* name, const mesh& m);
+
+int vtk(const char* name, const mesh& m) {
+    return vtk_output(name, m.pos, m.conn, m.kind);
+}
+
+int medit(const char* name, const mesh& m) {
+    return medit_output(name, m.pos, m.conn, m.kind);
+}
+
+int ensight(const char* name, const mesh& m) {
+    return ensight_output(name, m.pos, m.conn, m.kind);
+}
+
+/// The elements as one group.
+struct groups {
+    explicit groups(const mesh& m)
+        : offsets(2, index(m.conn.cols()))
         , FEs(1, m.kind)
         , props(m.conn.cols(), 1) {
-        offsets[1] = index(m.conn.cols());
+        offsets[0] = 0;
     }
     dense1D<unsigned int> offsets;
     dense1D<int> FEs;
     dense1D<unsigned int> props;
 };
 
-mesh tetrahedra(benchmark::State& state) {
-    return tetrahedral_grid(static_cast<std::uint64_t>(state.range(0)));
+int nastran(const char* name, const mesh& m) {
+    const groups g(m);
+    return NASTRAN_output(name, m.pos, m.conn, g.offsets, g.FEs, g.props);
 }
 
-mesh triangles(benchmark::State& state) {
-    return bumpy_sphere(static_cast<std::uint64_t>(state.range(0)));
+int femap(const char* name, const mesh& m) {
+    return FEMAP_output(name, m.pos, m.conn, m.kind);
 }
 
-template <class Write>
-void write(benchmark::State& state, const mesh& m, Write&& write_to) {
-    const temporary_file file(".mesh");
-    for (auto _ : state) {
-        if (failed(state, write_to(file.name()))) return;
-    }
-    per_item(state, m.conn.cols());
-}
-
-void write_vtk(benchmark::State& state) {
-    const mesh m = tetrahedra(state);
-    write(state, m, [&](const char* name) { return vtk_output(name, m.pos, m.conn, m.kind); });
-}
-BENCHMARK(write_vtk)->Apply(doubling_sizes);
-
-void write_medit(benchmark::State& state) {
-    const mesh m = tetrahedra(state);
-    write(state, m, [&](const char* name) { return medit_output(name, m.pos, m.conn, m.kind); });
-}
-BENCHMARK(write_medit)->Apply(doubling_sizes);
-
-void write_ensight(benchmark::State& state) {
-    const mesh m = tetrahedra(state);
-    write(state, m, [&](const char* name) { return ensight_output(name, m.pos, m.conn, m.kind); });
-}
-BENCHMARK(write_ensight)->Apply(doubling_sizes);
-
-int write_nastran_deck(const char* name, const grouped_mesh& m) {
-    return NASTRAN_output(name, m.pos, m.conn, m.offsets, m.FEs, m.props);
-}
-
-void write_nastran(benchmark::State& state) {
-    const grouped_mesh m(tetrahedra(state));
-    write(state, m, [&](const char* name) { return write_nastran_deck(name, m); });
-}
-BENCHMARK(write_nastran)->Apply(doubling_sizes);
-
-void write_femap(benchmark::State& state) {
-    const mesh m = tetrahedra(state);
-    write(state, m, [&](const char* name) { return FEMAP_output(name, m.pos, m.conn, m.kind); });
-}
-BENCHMARK(write_femap)->Apply(doubling_sizes);
-
-void write_obj(benchmark::State& state) {
-    const mesh m = triangles(state);
+int obj(const char* name, const mesh& m) {
     const dense2D<double> none;
-    write(state, m, [&](const char* name) {
-        return WavefrontOBJ_output(name, m.pos, none, none, m.conn, dense2D<unsigned int>());
-    });
+    return WavefrontOBJ_output(name, m.pos, none, none, m.conn, dense2D<unsigned int>());
 }
-BENCHMARK(write_obj)->Apply(doubling_sizes);
-
-void read_nastran(benchmark::State& state) {
-    grouped_mesh m(tetrahedra(state));
-    const temporary_file file(".bdf");
-    if (failed(state, write_nastran_deck(file.name(), m))) return;
-    for (auto _ : state) {
-        if (failed(state, NASTRAN_input(file.name(), m.pos, m.conn, m.offsets, m.FEs, m.props)))
-            return;
-    }
-    per_item(state, m.conn.cols());
-}
-BENCHMARK(read_nastran)->Apply(doubling_sizes);
-
-void read_femap(benchmark::State& state) {
-    mesh m = tetrahedra(state);
-    const temporary_file file(".neu");
-    if (failed(state, FEMAP_output(file.name(), m.pos, m.conn, m.kind))) return;
-    for (auto _ : state) {
-        if (failed(state, FEMAP_input(file.name(), m.pos, m.conn, m.kind))) return;
-    }
-    per_item(state, m.conn.cols());
-}
-BENCHMARK(read_femap)->Apply(doubling_sizes);
 
 /// The faces as other programs write them, with blanks between the corners.
-bool write_plain_obj(const char* name, const mesh& m) {
+int plain_obj(const char* name, const mesh& m) {
     std::FILE* const file = std::fopen(name, "w");
-    if (!file) return false;
+    if (!file) return -1;
     for (std::uint64_t j = 0; j < m.pos.cols(); ++j)
         std::fprintf(file, "v %.9g %.9g %.9g\n", m.pos(0, j), m.pos(1, j), m.pos(2, j));
     for (std::uint64_t j = 0; j < m.conn.cols(); ++j)
         std::fprintf(file, "f %u %u %u\n", m.conn(0, j) + 1, m.conn(1, j) + 1, m.conn(2, j) + 1);
-    return std::fclose(file) == 0;
+    return std::fclose(file);
 }
 
-void read_obj(benchmark::State& state) {
-    mesh m = triangles(state);
-    const temporary_file file(".obj");
-    if (failed(state, write_plain_obj(file.name(), m) ? 0 : -1)) return;
+template <writer write>
+void written(measurement& measured, const mesh& m) {
+    const temporary_file file(".mesh");
+    measured.reads(m.pos, m.conn).run([&] { return write(file.name(), m); });
+}
+
+void written_nastran(measurement& measured, const mesh& m) {
+    const temporary_file file(".bdf");
+    const groups g(m);
+    measured.reads(m.pos, m.conn, g.props).run([&] {
+        return NASTRAN_output(file.name(), m.pos, m.conn, g.offsets, g.FEs, g.props);
+    });
+}
+
+using reader = int (*)(const char* name, mesh& m);
+
+int from_nastran(const char* name, mesh& m) {
+    groups g(m);
+    return NASTRAN_input(name, m.pos, m.conn, g.offsets, g.FEs, g.props);
+}
+
+int from_femap(const char* name, mesh& m) {
+    return FEMAP_input(name, m.pos, m.conn, m.kind);
+}
+
+int from_obj(const char* name, mesh& m) {
     dense2D<double> normals, texcoords;
     dense2D<unsigned int> quads;
-    for (auto _ : state) {
-        if (failed(state,
-                   WavefrontOBJ_input(file.name(), m.pos, normals, texcoords, m.conn, quads)))
-            return;
-    }
-    per_item(state, m.conn.cols());
+    return WavefrontOBJ_input(name, m.pos, normals, texcoords, m.conn, quads);
 }
-BENCHMARK(read_obj)->Apply(doubling_sizes);
+
+template <writer write, reader read>
+void read_back(measurement& measured, const mesh& m) {
+    const temporary_file file(".mesh");
+    const int code = write(file.name(), m);
+    mesh other;
+    measured.reads_file(file.name()).makes(other.pos, other.conn).run([&] {
+        return code < 0 ? code : read(file.name(), other);
+    });
+}
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    over_sizes<mesh>({{"tetrahedra", tetrahedral_grid},
+                      {"tetrahedra_shuffled", shuffled<tetrahedral_grid>},
+                      {"solids", mixed_solids}},
+                     {{"write_vtk", written<vtk>},
+                      {"write_medit", written<medit>},
+                      {"write_ensight", written<ensight>},
+                      {"write_nastran", written_nastran},
+                      {"write_femap", written<femap>},
+                      {"read_nastran", read_back<nastran, from_nastran>},
+                      {"read_femap", read_back<femap, from_femap>}});
+    over_sizes<mesh>({{"triangles", bumpy_sphere}, {"triangles_shuffled", shuffled<bumpy_sphere>}},
+                     {{"write_obj", written<obj>},
+                      {"read_obj", read_back<obj, from_obj>},
+                      {"read_plain_obj", read_back<plain_obj, from_obj>}});
+    return run_benchmarks(argc, argv);
+}

@@ -1,7 +1,7 @@
 #include <kvx/zelvo/neighbors.h>
 
-#include "benchmark_sizes.h"
 #include "generated_meshes.h"
+#include "growth.h"
 
 namespace {
 
@@ -9,22 +9,27 @@ using namespace kvx;
 using namespace kvx::zelvo;
 using namespace kvx::zelvo::bench;
 
-void neighbors_of(benchmark::State& state, mesh (*make)(std::uint64_t)) {
-    const mesh m = make(static_cast<std::uint64_t>(state.range(0)));
+void neighbors_of(measurement& measured, const mesh& m) {
     dense2D<unsigned int> neighbors;
-    for (auto _ : state) {
-        if (failed(state, get_neighbors(m.conn, m.kind, true, neighbors))) return;
-    }
-    per_item(state, m.conn.cols());
+    measured.reads(m.conn).makes(neighbors).run(
+        [&] { return get_neighbors(m.conn, m.kind, true, neighbors); });
 }
-BENCHMARK_CAPTURE(neighbors_of, triangles, bumpy_sphere)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(neighbors_of, triangles_shuffled, shuffled<bumpy_sphere>)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(neighbors_of, triangles_around_a_node, fan)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(neighbors_of, tetrahedra, tetrahedral_grid)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(neighbors_of, tetrahedra_shuffled, shuffled<tetrahedral_grid>)
-    ->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(neighbors_of, hexahedra, hexahedral_grid)->Apply(doubling_sizes);
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    over_sizes<mesh>({{"triangles", bumpy_sphere},
+                      {"triangles_clustered", clustered<bumpy_sphere>},
+                      {"triangles_shuffled", shuffled<bumpy_sphere>},
+                      {"triangles_sparse", sparse<bumpy_sphere>},
+                      {"triangles_around_a_node", fan},
+                      {"one_triangle", one_triangle},
+                      {"tetrahedra", tetrahedral_grid},
+                      {"tetrahedra_clustered", clustered<tetrahedral_grid>},
+                      {"tetrahedra_shuffled", shuffled<tetrahedral_grid>},
+                      {"tetrahedra_sparse", sparse<shuffled<tetrahedral_grid>>},
+                      {"hexahedra", hexahedral_grid},
+                      {"solids", mixed_solids}},
+                     {{"get_neighbors", neighbors_of}});
+    return run_benchmarks(argc, argv);
+}

@@ -1,7 +1,7 @@
 #include <kvx/zelvo/node_graph.h>
 
-#include "benchmark_sizes.h"
 #include "generated_meshes.h"
+#include "growth.h"
 
 namespace {
 
@@ -12,41 +12,31 @@ using namespace kvx::zelvo::bench;
 using list_maker = int (*)(const dense2D<unsigned int>&, dense1D<unsigned int>&,
                            dense1D<unsigned int>&) noexcept;
 
-void lists_of_triangles(benchmark::State& state, list_maker make_lists,
-                        mesh (*make)(std::uint64_t)) {
-    const mesh m = make(static_cast<std::uint64_t>(state.range(0)));
-    dense1D<unsigned int> offsets;
-    dense1D<unsigned int> entries;
-    for (auto _ : state) {
-        if (failed(state, make_lists(m.conn, offsets, entries))) return;
-    }
-    per_item(state, m.conn.cols());
+template <list_maker make_lists>
+void lists(measurement& measured, const mesh& m) {
+    dense1D<unsigned int> offsets, entries;
+    measured.reads(m.conn).makes(offsets, entries).run([&] {
+        return make_lists(m.conn, offsets, entries);
+    });
 }
-BENCHMARK_CAPTURE(lists_of_triangles, connected_elements, get_connected_elements, bumpy_sphere)
-    ->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(lists_of_triangles, connected_elements_shuffled, get_connected_elements,
-                  shuffled<bumpy_sphere>)
-    ->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(lists_of_triangles, connected_elements_around_a_node, get_connected_elements, fan)
-    ->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(lists_of_triangles, node_graph, get_node_graph, bumpy_sphere)
-    ->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(lists_of_triangles, node_graph_shuffled, get_node_graph, shuffled<bumpy_sphere>)
-    ->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(lists_of_triangles, node_graph_around_a_node, get_node_graph, fan)
-    ->Apply(doubling_sizes);
 
-void ancestors(benchmark::State& state) {
-    const mesh m = bumpy_sphere(static_cast<std::uint64_t>(state.range(0)));
-    for (auto _ : state) {
-        dense1D<unsigned int> elements;
-        if (failed(state, get_ancestors(m.conn, elements))) return;
-        benchmark::DoNotOptimize(elements.data());
-    }
-    per_item(state, m.conn.cols());
+void ancestors(measurement& measured, const mesh& m) {
+    dense1D<unsigned int> elements;
+    measured.reads(m.conn).makes(elements).run([&] { return get_ancestors(m.conn, elements); });
 }
-BENCHMARK(ancestors)->Apply(doubling_sizes);
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    over_sizes<mesh>({{"triangles", bumpy_sphere},
+                      {"triangles_clustered", clustered<bumpy_sphere>},
+                      {"triangles_shuffled", shuffled<bumpy_sphere>},
+                      {"triangles_around_a_node", fan},
+                      {"one_triangle", one_triangle},
+                      {"tetrahedra", tetrahedral_grid},
+                      {"tetrahedra_shuffled", shuffled<tetrahedral_grid>}},
+                     {{"connected_elements", lists<get_connected_elements>},
+                      {"node_graph", lists<get_node_graph>},
+                      {"ancestors", ancestors}});
+    return run_benchmarks(argc, argv);
+}

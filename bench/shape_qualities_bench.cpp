@@ -1,7 +1,7 @@
 #include <kvx/zelvo/shape_qualities.h>
 
-#include "benchmark_sizes.h"
 #include "generated_meshes.h"
+#include "growth.h"
 
 namespace {
 
@@ -9,49 +9,57 @@ using namespace kvx;
 using namespace kvx::zelvo;
 using namespace kvx::zelvo::bench;
 
-mesh mesh_of(element_type kind, std::uint64_t elements) {
-    switch (kind) {
-    case ET_TRIA3:
-        return bumpy_sphere(elements);
-    case ET_QUAD4:
-        return cut(hexahedral_grid(elements), kind, {{0, 1, 2, 3}});
-    case ET_TETRA4:
-        return tetrahedral_grid(elements);
-    case ET_PYRAMID5:
-        return cut(hexahedral_grid(elements), kind, {{0, 1, 2, 3, 6}});
-    case ET_PENTA6:
-        return cut(hexahedral_grid(elements / 2), kind, {{0, 1, 2, 4, 5, 6}, {0, 2, 3, 4, 6, 7}});
-    default:
-        return hexahedral_grid(elements);
-    }
+mesh quadrangles(std::uint64_t n) {
+    return cut(hexahedral_grid(n), ET_QUAD4, {{0, 1, 2, 3}});
 }
 
-void shape_qualities_of(benchmark::State& state, element_type kind) {
-    const mesh m = mesh_of(kind, static_cast<std::uint64_t>(state.range(0)));
+mesh pyramids(std::uint64_t n) {
+    return cut(hexahedral_grid(n), ET_PYRAMID5, {{0, 1, 2, 3, 6}});
+}
+
+mesh wedges(std::uint64_t n) {
+    return cut(hexahedral_grid(n / 2), ET_PENTA6, {{0, 1, 2, 4, 5, 6}, {0, 2, 3, 4, 6, 7}});
+}
+
+/// Elements whose nodes lie at one place, where every formula divides by nothing.
+template <mesh (*make)(std::uint64_t)>
+mesh collapsed(std::uint64_t n) {
+    mesh m = make(n);
+    m.pos = 0.5;
+    return m;
+}
+
+void one_by_one(measurement& measured, const mesh& m) {
     dense1D<double> Q;
-    for (auto _ : state) {
-        if (failed(state, shape_qualities(m.pos, m.conn, kind, Q))) return;
-    }
-    per_item(state, m.conn.cols());
+    measured.reads(m.pos, m.conn).makes(Q).run([&] {
+        return shape_qualities(m.pos, m.conn, m.kind, Q);
+    });
 }
-BENCHMARK_CAPTURE(shape_qualities_of, triangles, ET_TRIA3)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(shape_qualities_of, quadrangles, ET_QUAD4)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(shape_qualities_of, tetrahedra, ET_TETRA4)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(shape_qualities_of, pyramids, ET_PYRAMID5)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(shape_qualities_of, wedges, ET_PENTA6)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(shape_qualities_of, hexahedra, ET_HEXA8)->Apply(doubling_sizes);
 
-/// What the histogram adds to the rating.
-void histogram_of_qualities(benchmark::State& state) {
-    const mesh m = bumpy_sphere(static_cast<std::uint64_t>(state.range(0)));
+void histogram_of(measurement& measured, const mesh& m) {
     misc::histogram statistics(-1, 1, 20);
-    for (auto _ : state) {
-        if (failed(state, shape_qualities(m.pos, m.conn, m.kind, statistics))) return;
-    }
-    per_item(state, m.conn.cols());
+    measured.reads(m.pos, m.conn).run([&] {
+        return shape_qualities(m.pos, m.conn, m.kind, statistics);
+    });
 }
-BENCHMARK(histogram_of_qualities)->Apply(doubling_sizes);
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    over_sizes<mesh>({{"triangles", bumpy_sphere},
+                      {"triangles_clustered", clustered<bumpy_sphere>},
+                      {"triangles_shuffled", shuffled<bumpy_sphere>},
+                      {"triangles_collapsed", collapsed<bumpy_sphere>},
+                      {"quadrangles", quadrangles},
+                      {"tetrahedra", tetrahedral_grid},
+                      {"tetrahedra_shuffled", shuffled<tetrahedral_grid>},
+                      {"pyramids", pyramids},
+                      {"wedges", wedges},
+                      {"hexahedra", hexahedral_grid},
+                      {"hexahedra_shuffled", shuffled<hexahedral_grid>},
+                      {"hexahedra_collapsed", collapsed<hexahedral_grid>},
+                      {"solids", mixed_solids}},
+                     {{"shape_qualities", one_by_one}});
+    over_sizes<mesh>({{"triangles", bumpy_sphere}}, {{"histogram", histogram_of}});
+    return run_benchmarks(argc, argv);
+}

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "benchmark_sizes.h"
 #include "generated_meshes.h"
+#include "growth.h"
 #include "temporary_file.h"
 
 namespace {
@@ -16,40 +16,39 @@ using namespace kvx;
 using namespace kvx::zelvo;
 using namespace kvx::zelvo::bench;
 
-void write(benchmark::State& state, bool ascii) {
-    const mesh soup = facet_soup(bumpy_sphere(static_cast<std::uint64_t>(state.range(0))));
-    const temporary_file file(".stl");
-    for (auto _ : state) {
-        if (failed(state, STL_output(file.name(), soup.pos, soup.conn, ascii))) return;
-    }
-    per_item(state, soup.conn.cols());
+template <mesh (*make)(std::uint64_t)>
+mesh soup_of(std::uint64_t facets) {
+    return separate_facets(make(facets));
 }
-BENCHMARK_CAPTURE(write, binary, false)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(write, ascii, true)->Apply(doubling_sizes);
+
+template <bool ascii>
+void write(measurement& measured, const mesh& soup) {
+    const temporary_file file(".stl");
+    measured.reads(soup.pos, soup.conn).run([&] {
+        return STL_output(file.name(), soup.pos, soup.conn, ascii);
+    });
+}
 
 /// Reading includes the clean-up: welding, removal of degenerate triangles and unused nodes.
-void read(benchmark::State& state, bool ascii) {
-    const mesh soup = facet_soup(bumpy_sphere(static_cast<std::uint64_t>(state.range(0))));
+template <bool ascii>
+void read(measurement& measured, const mesh& soup) {
     const temporary_file file(".stl");
-    if (failed(state, STL_output(file.name(), soup.pos, soup.conn, ascii))) return;
+    const int code = STL_output(file.name(), soup.pos, soup.conn, ascii);
     dense2D<double> pos;
     dense2D<unsigned int> conn;
-    for (auto _ : state) {
-        if (failed(state, STL_input(file.name(), pos, conn, ascii))) return;
-    }
-    per_item(state, soup.conn.cols());
+    measured.reads_file(file.name()).makes(pos, conn).run([&] {
+        return code < 0 ? code : STL_input(file.name(), pos, conn, ascii);
+    });
 }
-BENCHMARK_CAPTURE(read, binary, false)->Apply(doubling_sizes);
-BENCHMARK_CAPTURE(read, ascii, true)->Apply(doubling_sizes);
 
 void read_file(benchmark::State& state, const std::string& name) {
     const bool ascii = STL_detect(name.c_str()) == STL_format::ascii;
     dense2D<double> pos;
     dense2D<unsigned int> conn;
-    for (auto _ : state) {
-        if (failed(state, STL_input(name.c_str(), pos, conn, ascii))) return;
-    }
-    per_item(state, conn.cols());
+    STL_input(name.c_str(), pos, conn, ascii); // for the number of facets
+    measurement(state, conn.cols()).reads_file(name.c_str()).makes(pos, conn).run([&] {
+        return STL_input(name.c_str(), pos, conn, ascii);
+    });
 }
 
 /// One benchmark for every STL file of the folder KVX_ZELVO_MESHES.
@@ -77,9 +76,15 @@ void register_real_meshes() {
 } // namespace
 
 int main(int argc, char** argv) {
+    over_sizes<mesh>({{"facets", soup_of<bumpy_sphere>},
+                      {"facets_clustered", soup_of<clustered<bumpy_sphere>>},
+                      {"facets_shuffled", soup_of<shuffled<bumpy_sphere>>},
+                      {"facets_around_a_node", soup_of<fan>},
+                      {"one_facet", soup_of<one_triangle>}},
+                     {{"write_binary", write<false>},
+                      {"write_ascii", write<true>},
+                      {"read_binary", read<false>},
+                      {"read_ascii", read<true>}});
     register_real_meshes();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
+    return run_benchmarks(argc, argv);
 }

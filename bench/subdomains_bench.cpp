@@ -2,8 +2,8 @@
 
 #include <kvx/zelvo/neighbors.h>
 
-#include "benchmark_sizes.h"
 #include "generated_meshes.h"
+#include "growth.h"
 
 namespace {
 
@@ -11,31 +11,36 @@ using namespace kvx;
 using namespace kvx::zelvo;
 using namespace kvx::zelvo::bench;
 
-void by_shared_nodes(benchmark::State& state) {
-    const mesh m = bumpy_sphere(static_cast<std::uint64_t>(state.range(0)));
-    dense1D<unsigned int> elements;
-    dense1D<unsigned int> offsets;
-    for (auto _ : state) {
-        if (failed(state, get_subdomains(m.conn, elements, offsets))) return;
-    }
-    per_item(state, m.conn.cols());
+mesh separate_triangles(std::uint64_t elements) {
+    return separate_facets(bumpy_sphere(elements));
 }
-BENCHMARK(by_shared_nodes)->Apply(doubling_sizes);
 
-void by_neighbors(benchmark::State& state) {
-    const mesh m = bumpy_sphere(static_cast<std::uint64_t>(state.range(0)));
-    dense2D<unsigned int> neighbors;
-    if (failed(state, get_neighbors(m.conn, m.kind, true, neighbors))) return;
-    dense1D<unsigned int> offsets;
-    dense2D<unsigned int> conn;
-    conn.copy(m.conn); // in one part, so the reordering leaves it as it is
-    for (auto _ : state) {
-        if (failed(state, get_subdomains(conn, neighbors, offsets))) return;
-    }
-    per_item(state, m.conn.cols());
+void by_shared_nodes(measurement& measured, const mesh& m) {
+    dense1D<unsigned int> elements, offsets;
+    measured.reads(m.conn).makes(elements, offsets).run([&] {
+        return get_subdomains(m.conn, elements, offsets);
+    });
 }
-BENCHMARK(by_neighbors)->Apply(doubling_sizes);
+
+void by_neighbors(measurement& measured, const mesh& m) {
+    dense2D<unsigned int> given, conn, neighbors;
+    get_neighbors(m.conn, m.kind, true, given);
+    dense1D<unsigned int> offsets;
+    measured.reads(m.conn, given)
+        .makes(offsets)
+        .before([&] { return conn.copy(m.conn) && neighbors.copy(given); })
+        .run([&] { return get_subdomains(conn, neighbors, offsets); });
+}
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    over_sizes<mesh>({{"triangles", bumpy_sphere},
+                      {"triangles_clustered", clustered<bumpy_sphere>},
+                      {"triangles_shuffled", shuffled<bumpy_sphere>},
+                      {"triangles_around_a_node", fan},
+                      {"separate_triangles", separate_triangles},
+                      {"tetrahedra_shuffled", shuffled<tetrahedral_grid>}},
+                     {{"by_shared_nodes", by_shared_nodes}, {"by_neighbors", by_neighbors}});
+    return run_benchmarks(argc, argv);
+}

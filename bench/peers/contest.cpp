@@ -13,6 +13,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "../resident_memory.h"
+
 namespace kvx::zelvo::bench {
 
 namespace {
@@ -69,26 +71,6 @@ double run_once(contestant& c, bool cpu_time) {
     const double start = now(cpu_time);
     c.run();
     return now(cpu_time) - start;
-}
-
-/// A field of /proc/self/status in bytes; 0 where there is none.
-double status_field(const std::string& name) {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.rfind(name + ":", 0) == 0)
-            return 1024 * std::strtod(line.c_str() + name.size() + 1, nullptr);
-    }
-    return 0.0;
-}
-
-/// Bytes that a run holds at its peak beyond those held before it.
-double peak_of_run(contestant& c) {
-    if (c.prepare) c.prepare();
-    malloc_trim(0);
-    std::ofstream("/proc/self/clear_refs") << "5"; // the peak begins anew
-    const double before = status_field("VmRSS");
-    c.run();
-    return std::max(0.0, status_field("VmHWM") - before);
 }
 
 /// Where an answer is not ours, in words.
@@ -270,7 +252,8 @@ void contest::hold(contest_row row) {
         times[i].name = c.name;
         times[i].remark = c.remark;
         times[i].rival = c.rival;
-        times[i].peak_bytes = peak_of_run(c) / double(row.items);
+        if (c.prepare) c.prepare();
+        times[i].peak_bytes = peak_of(c.run) / double(row.items);
         const std::vector<double> answer = c.answer();
         c.discard();
         if (i == 0) our_answer = answer;
