@@ -61,11 +61,11 @@ def draw(programs, plot):
             panel.loglog([size(run) for run in runs],
                          [run["per_item"] / runs[0]["per_item"] for run in runs], **style)
         panel.axhline(LIMIT, color="red", linewidth=0.7, linestyle="--")
-        panel.set_ylim(0.25, 16)
+        panel.set_yscale("log", base=2)
+        panel.set_ylim(0.25, 32)
         for axis in (panel.xaxis, panel.yaxis):
             axis.set_minor_formatter(NullFormatter())
         panel.yaxis.set_major_formatter(LogFormatter(base=2))
-        panel.set_yscale("log", base=2)
         panel.set_title(program, fontsize=10)
         panel.set_xlabel("size", fontsize=8)
         panel.set_ylabel("time per item, over that of the smallest size", fontsize=8)
