@@ -49,7 +49,10 @@ constexpr int most_exact_digits = 17;
 
 char* write_any(char* first, double x, std::chars_format format, int digits) noexcept {
     assert(digits >= 0 && digits <= most_digits);
-    const auto end = std::to_chars(first, first + longest_number, x, format, digits);
+    const std::size_t room = format == std::chars_format::scientific
+                                 ? static_cast<std::size_t>(digits) + 8
+                                 : longest_number;
+    const auto end = std::to_chars(first, first + room, x, format, digits);
     assert(end.ec == std::errc());
     return end.ptr;
 }

@@ -22,7 +22,7 @@ namespace kvx::zelvo {
 template <unsigned Dim>
 class cell_pairs {
 public:
-    /// Cells are `tolerances_a_cell` (above 2) tolerances wide; for tolerance 0 every place is a
+    /// Cells are `tolerances_a_cell` (4 or more) tolerances wide; for tolerance 0 every place is a
     /// cell.
     cell_pairs(const dense2D<double>& pos, double tol, double tolerances_a_cell)
         : x_(pos.data())
@@ -108,7 +108,8 @@ private:
             const double own = cell(x[i]);
             const double lower = cell(x[i] - reach_);
             const double upper = cell(x[i] + reach_);
-            const std::uint64_t own_hash = place_hash(own, i, seed_);
+            // Adding does not make 0 of -0 in every rounding mode.
+            const std::uint64_t own_hash = place_hash(own == 0 ? 0 : own, i, seed_);
             const unsigned count = looking.cells;
             if (lower != upper) {
                 const std::uint64_t other_hash = place_hash(lower == own ? upper : lower, i, seed_);

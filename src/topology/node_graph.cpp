@@ -60,14 +60,15 @@ compressed elements_by_node(const dense2D<unsigned int>& conn) {
     return c;
 }
 
-/// A list whose length shows only at its end, in pieces.
+/// A list whose length shows only at its end, in pieces. A piece has twice the room that is asked
+/// for, so that it is left for another one only when it is half full or the room doubles.
 class growing_list {
 public:
     /// Where up to n more entries may be written. Throws std::bad_alloc.
     unsigned int* room_for(std::uint64_t n) {
         if (pieces_.empty() || n > room_ - pieces_.back().size) {
             constexpr std::uint64_t usual_room = std::uint64_t{1} << 20;
-            room_ = std::max(n, usual_room);
+            room_ = std::max(2 * n, usual_room);
             pieces_.push_back({make_scratch<unsigned int>(room_), 0});
         }
         return pieces_.back().entries.get() + pieces_.back().size;
@@ -132,6 +133,8 @@ compressed node_graph(const dense2D<unsigned int>& conn) {
         unsigned int* const begin = found.room_for(std::min<std::uint64_t>(met, node_count));
         unsigned int* next = begin;
         for (std::uint64_t k = offsets[i]; k < offsets[i + 1]; ++k) {
+            const bool repeated = k > offsets[i] && around[k] == around[k - 1];
+            if (repeated) continue;
             constexpr std::uint64_t ahead = 24; // elements of shuffled meshes are far apart
             if (k + ahead < entry_count) prefetch(conn.data() + around[k + ahead] * conn.ld());
             const unsigned int* const column = conn.data() + around[k] * conn.ld();

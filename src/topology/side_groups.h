@@ -7,6 +7,7 @@
 #include <limits>
 #include <utility>
 
+#include "foundation/hashing.h"
 #include "foundation/large_blocks.h"
 
 namespace kvx::zelvo {
@@ -49,6 +50,12 @@ bool same_nodes(const bucket_item<K>& a, const bucket_item<K>& b) {
 template <std::size_t K>
 class bucket_groups {
 public:
+    bucket_groups() {
+        std::uint64_t seed = table_seed(this);
+        for (std::uint64_t& factor : factors_)
+            factor = (seed = mixed_bits(seed)) | 1;
+    }
+
     /// Calls visit(item_group) for every group of a bucket, whose items stand by their numbers.
     template <class Visit>
     void find(bucket_item<K>* first, bucket_item<K>* last, const Visit& visit) {
@@ -87,11 +94,10 @@ private:
         unsigned int size;
     };
 
-    static std::size_t hash(const bucket_item<K>& item) {
+    std::size_t hash(const bucket_item<K>& item) const {
         std::uint64_t h = 0;
-        std::uint64_t factor = 1;
         for (std::size_t i = 0; i + 1 < K; ++i)
-            h += item[i] * (factor *= 0x9E3779B97F4A7C15u);
+            h += item[i] * factors_[i];
         return h >> 40;
     }
 
@@ -110,6 +116,7 @@ private:
 
     // Groups of the bucket at hand are numbered from base_ on, so that slots of earlier ones count
     // as empty without being emptied. There are fewer groups than numbers of items.
+    std::array<std::uint64_t, K - 1> factors_{}; ///< that nobody can foresee
     std::array<unsigned int, 2 * most_hashed> slots_{};
     unsigned int base_ = 1;
     std::array<same_items, most_hashed> groups_;

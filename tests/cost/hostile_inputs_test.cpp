@@ -93,6 +93,9 @@ TEST(hostile_inputs, cost_little_more_than_friendly_ones_and_no_deep_stack) {
         EXPECT_EQ(get_node_graph(m.conn, m.offsets, m.list), -199);
     };
     EXPECT_LT(steps_of(refused, huge), 100 * huge.conn.rows());
+    std::fill_n(huge.conn.data(), 69990, 0u);
+    void (*const joined)(mesh&) = [](mesh& m) { get_node_graph(m.conn, m.offsets, m.list); };
+    EXPECT_LT(steps_of(joined, huge), 100 * huge.conn.rows());
 
     mesh alike; // whose hashes by themselves have the same low bits
     alike.conn.resize(1, 0), alike.pos.resize(2, 0);
