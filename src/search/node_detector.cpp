@@ -1,7 +1,5 @@
 #include <kvx/zelvo/node_detector.h>
 
-#include <numeric>
-
 #include <kvx/zelvo/node_indices.h>
 
 #include "foundation/matrix_range.h"
@@ -13,8 +11,8 @@ namespace kvx::zelvo {
 
 namespace {
 
-std::vector<unsigned int> listed(const dense1D<unsigned int>& nodes) {
-    return {nodes.begin(), nodes.end()};
+std::span<const unsigned int> span_of(const dense1D<unsigned int>& nodes) {
+    return {nodes.data(), nodes.size()};
 }
 
 template <unsigned Dim, unsigned From>
@@ -28,10 +26,26 @@ template <unsigned Dim>
 unsigned int insert_into(node_tree<Dim>& tree, const dense1D<unsigned int>& nodes) {
     const std::uint64_t before = tree.size();
     guarded([&] {
-        tree.insert(listed(nodes));
+        tree.insert(span_of(nodes));
         return 0;
     });
     return static_cast<unsigned int>(tree.size() - before);
+}
+
+/// Makes the tree of the dimension of a coordinate matrix and fills it; none is left on failure.
+template <class Fill>
+int plant(const dense2D<double>& pos, std::unique_ptr<node_tree<2>>& tree2,
+          std::unique_ptr<node_tree<3>>& tree3, Fill&& fill) {
+    const auto plant_in = [&]<unsigned Dim>(std::unique_ptr<node_tree<Dim>>& tree) {
+        const int code = guarded([&] {
+            tree = std::make_unique<node_tree<Dim>>(pos);
+            fill(*tree);
+            return 0;
+        });
+        if (code != 0) tree.reset();
+        return code;
+    };
+    return pos.rows() == 2 ? plant_in(tree2) : plant_in(tree3);
 }
 
 /// Runs a query on the tree that is there; the answer for an empty detector is given.
@@ -110,30 +124,14 @@ node_detector::~node_detector() = default;
 int node_detector::reinit(const dense2D<double>& pos) noexcept {
     clear();
     if (pos.rows() != 2 && pos.rows() != 3) return -1;
-    return guarded([&] {
-        need_numbers_for(pos.cols());
-        dense1D<unsigned int> all(pos.cols());
-        std::iota(all.begin(), all.end(), 0u);
-        return reinit(pos, all);
-    });
+    return plant(pos, tree2_, tree3_, [](auto& tree) { tree.insert_all(); });
 }
 
 int node_detector::reinit(const dense2D<double>& pos, const dense1D<unsigned int>& nodes) noexcept {
     if (pos.rows() != 2 && pos.rows() != 3) return -1;
     if (!check_IDs(nodes, index_bound(pos.cols()))) return -2;
     clear();
-    const int code = guarded([&] {
-        if (pos.rows() == 2) {
-            tree2_ = std::make_unique<node_tree<2>>(pos);
-            tree2_->insert(listed(nodes));
-        } else {
-            tree3_ = std::make_unique<node_tree<3>>(pos);
-            tree3_->insert(listed(nodes));
-        }
-        return 0;
-    });
-    if (code != 0) clear();
-    return code;
+    return plant(pos, tree2_, tree3_, [&](auto& tree) { tree.insert(span_of(nodes)); });
 }
 
 int node_detector::reinit(const dense2D<double>& pos,
