@@ -91,25 +91,25 @@ public:
         return true;
     }
 
-    /// Hands on the nodes of the tree: each before those below it, the lower ones first. Of a node
-    /// and its children is told how far behind it they come, or no_node.
+    /// Hands on the nodes of the tree: each before those below it, the lower ones first. Of the
+    /// children of a node is told how far behind it they come, or no_node.
     template <class Emit>
     void list(Emit&& emit) {
+        sizes_[0] = 0;
         for (unsigned int k = count_; k-- > 0;)
-            sizes_[k] = 1 + size(below_[k][0]) + size(below_[k][1]);
-        ranks_[0] = 0;
+            of(sizes_, k) = 1 + of(sizes_, below_[k][0]) + of(sizes_, below_[k][1]);
+        of(ranks_, 0) = 0;
         for (unsigned int k = 0; k < count_; ++k) {
-            const auto [lower, upper] = below_[k];
-            const unsigned int past_lower = 1 + size(lower);
-            const unsigned int rank = ranks_[k];
+            const unsigned int rank = of(ranks_, k);
             listed_[rank] = k;
-            ranks_[lower == no_node ? most : lower] = rank + 1;
-            ranks_[upper == no_node ? most : upper] = rank + past_lower;
-            below_[k] = {lower == no_node ? no_node : 1, upper == no_node ? no_node : past_lower};
+            of(ranks_, below_[k][0]) = rank + 1;
+            of(ranks_, below_[k][1]) = rank + 1 + of(sizes_, below_[k][0]);
         }
         for (unsigned int rank = 0; rank < count_; ++rank) {
             const unsigned int k = listed_[rank];
-            emit(k, below_[k][0], below_[k][1]);
+            const auto [lower, upper] = below_[k];
+            emit(k, lower == no_node ? no_node : 1,
+                 upper == no_node ? no_node : 1 + of(sizes_, lower));
         }
     }
 
@@ -118,12 +118,14 @@ private:
         unsigned int node;
         unsigned int parent;
     };
-    unsigned int size(unsigned int k) const { return k == no_node ? 0 : sizes_[k]; }
+    /// One number for each node, and before them one for children that are not there.
+    using numbers = std::array<unsigned int, most + 1>;
+    static unsigned int& of(numbers& n, unsigned int k) { return n[k + 1u]; }
 
     std::array<std::array<unsigned int, 2>, most> below_;
     std::array<step, most> moving_;
-    std::array<unsigned int, most> sizes_;
-    std::array<unsigned int, most + 1> ranks_; ///< the last one of children that are not there
+    numbers sizes_;
+    numbers ranks_;
     std::array<unsigned int, most> listed_;
     unsigned int count_ = 0;
 };
@@ -160,7 +162,9 @@ public:
         const gathered below = gather_by_gap(nodes, top);
         const std::span<const unsigned int> sorted(below.nodes.get(), nodes.size() - top);
         std::size_t first = 0;
-        for (const auto& [parent, is_lower, last] : below.gaps) {
+        for (std::size_t g = 0; g < below.gaps.size(); ++g) {
+            const auto [parent, is_lower] = below.gaps[g];
+            const std::size_t last = below.ends[g];
             if (first == last) continue;
             build_subtree(sorted.subspan(first),
                           {0, last - first, parent, is_lower, below.depths[parent] + 1});
@@ -188,15 +192,15 @@ private:
         bool is_lower;
         unsigned depth;
     };
-    /// A missing child of the first records, and where the nodes end that come to it.
+    /// A missing child of one of the first records.
     struct gap {
         unsigned int parent;
         bool is_lower;
-        std::size_t last;
     };
     struct gathered {
         std::vector<unsigned> depths; ///< of the first records
         std::vector<gap> gaps;
+        std::vector<unsigned int> ends; ///< of the nodes that come to each gap
         scratch<unsigned int> nodes;
     };
     using gap_number = std::uint16_t;
@@ -250,7 +254,7 @@ private:
                 } else {
                     child = static_cast<unsigned int>(top + found.gaps.size());
                     splits[child].below = {child, child};
-                    found.gaps.push_back({r, !upper, 0});
+                    found.gaps.push_back({r, !upper});
                 }
                 splits[r].below[upper] = child;
             }
@@ -268,14 +272,15 @@ private:
             find_gaps(splits, count, gaps.get(), [nodes](std::size_t k) { return nodes[k]; });
         }
         const auto gap_of = [&](std::size_t k) { return gaps[all ? nodes[k] : k]; };
+        found.ends.resize(found.gaps.size());
         for (std::size_t k = top; k < n; ++k)
-            ++found.gaps[gap_of(k)].last;
-        std::size_t begin = 0;
-        for (gap& g : found.gaps)
-            begin += std::exchange(g.last, begin);
+            ++found.ends[gap_of(k)];
+        unsigned int begin = 0;
+        for (unsigned int& end : found.ends)
+            begin += std::exchange(end, begin);
         found.nodes = make_scratch<unsigned int>(n - top);
         for (std::size_t k = top; k < n; ++k)
-            found.nodes[found.gaps[gap_of(k)].last++] = nodes[k];
+            found.nodes[found.ends[gap_of(k)]++] = nodes[k];
         return found;
     }
 
@@ -284,15 +289,15 @@ private:
     template <class NodeAt>
     void find_gaps(const std::vector<split>& splits, std::size_t count, gap_number* gaps,
                    NodeAt&& node_at) const {
-        constexpr std::size_t lanes = 12;
+        constexpr std::size_t lanes = 16;
         constexpr std::size_t block = 64 * lanes;
-        constexpr unsigned short_path = 12;
+        constexpr unsigned short_path = 15;
         const auto top = static_cast<unsigned int>(splits.size() / 2);
         const split* const first_split = splits.data();
         const auto below = [first_split](unsigned int s, double x) {
             return first_split[s].below[!(first_split[s].x > x)];
         };
-        std::array<std::pair<std::size_t, unsigned int>, block> moving;
+        std::array<std::pair<unsigned int, unsigned int>, block> moving; // within the block
         for (std::size_t first = 0; first < count; first += block) {
             const std::size_t last = std::min(first + block, count);
             std::size_t left = 0;
@@ -309,7 +314,7 @@ private:
                             s[i] = below(s[i], x[i][axis]);
                 for (std::size_t i = 0; i < std::min(lanes, last - k); ++i) {
                     gaps[k + i] = static_cast<gap_number>(s[i] - top);
-                    moving[left] = {k + i, s[i]};
+                    moving[left] = {static_cast<unsigned int>(k + i - first), s[i]};
                     left += s[i] < top;
                 }
             }
@@ -317,10 +322,10 @@ private:
                 const std::size_t before = std::exchange(left, 0);
                 for (std::size_t j = 0; j < before; ++j) {
                     auto [k, s] = moving[j];
-                    const double* const x = coordinates(node_at(k));
+                    const double* const x = coordinates(node_at(first + k));
                     for (unsigned axis = 0; axis < Dim; ++axis)
                         s = below(s, x[axis]);
-                    gaps[k] = static_cast<gap_number>(s - top);
+                    gaps[first + k] = static_cast<gap_number>(s - top);
                     moving[left] = {k, s};
                     left += s < top;
                 }
@@ -348,11 +353,12 @@ private:
             const bool is_small = count <= small_tree<Dim>::most;
             if (is_small && small_.grow(items, static_cast<unsigned int>(count), axis)) {
                 std::size_t ahead = whole.last;
+                unsigned int r = root;
                 small_.list([&](unsigned int k, unsigned int lower, unsigned int upper) {
                     fetch(nodes[std::min(ahead++, nodes.size() - 1)]);
-                    const auto r = static_cast<unsigned int>(records_.size());
                     records_.push_back({items[k], lower == no_node ? no_node : r + lower,
                                         upper == no_node ? no_node : r + upper});
+                    ++r;
                 });
                 continue;
             }
