@@ -85,13 +85,20 @@ void compare_with_plain_tree(unsigned n, const cloud_maker& draw, engine& random
     auto pos = strided(cloud(Dim, n, draw, random), 7.0);
     plain_tree plain{pos};
     node_detector detector(pos);
-    plain.insert(identity(n));
     if (random() % 2) {
+        plain.insert(identity(n));
+    } else { // few nodes of the matrix, or many, more than once
+        const auto some = random_nodes(random, 1 + random() % n, n);
+        plain.insert(list(some));
+        ASSERT_EQ(detector.reinit(pos, some), 0);
+    }
+    if (random() % 2) {
+        const auto before = plain.records.size();
         const auto more = random_nodes(random, 1 + random() % 40, n + 2);
         const bool once = random() % 2; // of a connectivity
         plain.insert(once ? used_nodes({list(more)}) : list(more));
         ASSERT_EQ(once ? detector.insert(columns({list(more)})) : detector.insert(more),
-                  plain.records.size() - n);
+                  plain.records.size() - before);
     }
     ASSERT_EQ(detector.size(), plain.records.size());
     node_detector copy;
@@ -110,7 +117,7 @@ void compare_with_plain_tree(unsigned n, const cloud_maker& draw, engine& random
         ASSERT_EQ(detector.find_closest(node), plain.closest(&pos(0, node), node));
         auto found = vec({42});
         std::vector<unsigned> expected = {42};
-        plain.in_box(0, 0, P.data(), Q.data(), expected);
+        plain.in_box(plain.records.empty() ? none : 0, 0, P.data(), Q.data(), expected);
         copy.find_in_box(P, Q, found);
         ASSERT_EQ(list(found), expected);
     }
