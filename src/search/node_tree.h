@@ -90,24 +90,20 @@ public:
     unsigned int find_closest(const point& P, unsigned int skipped = no_node) const {
         if (!covered()) return no_node;
         nearest best;
-        copied_coordinates copies(*pos_);
-        if (search_closest(copies, P, skipped, best)) return best.node;
+        if (find_closest_ahead(P, skipped, best)) return best.node;
         best = {};
-        live_coordinates live(*pos_);
-        search_closest(live, P, skipped, best);
+        search_closest(P, skipped, best);
         return best.node;
     }
 
     /// Appends the nodes of all records inside the closed box: record, lower, upper subtree. Throws
     /// std::bad_alloc with some of them appended.
     void find_in_box(const point& min, const point& max, dense1D<unsigned int>& nodes) const {
-        if (!covered()) return;
+        if (!covered() || find_in_box_ahead(min, max, nodes)) return;
         const std::uint64_t before = nodes.size();
-        copied_coordinates copies(*pos_);
-        if (search_box(copies, min, max, nodes)) return;
+        if (search_box(built_coordinates(), min, max, nodes)) return;
         nodes.resize(before);
-        live_coordinates live(*pos_);
-        search_box(live, min, max, nodes);
+        search_box(live_coordinates(*pos_), min, max, nodes);
     }
 
     bool has_node(unsigned int node) const { return node < pos_->cols() && pos_->rows() >= Dim; }
@@ -118,11 +114,7 @@ public:
     }
 
 private:
-    /// A node with its coordinates at the time of its insertion.
-    struct record : placed_node<Dim> {
-        unsigned int lower = no_node;
-        unsigned int upper = no_node;
-    };
+    using record = tree_record;
     struct nearest {
         double d2 = std::numeric_limits<double>::max();
         unsigned int node = no_node;
@@ -136,48 +128,24 @@ private:
     /// The caller's coordinates, of which each is far from those of the records around.
     class live_coordinates {
     public:
+        static constexpr bool reads_live = true;
         explicit live_coordinates(const dense2D<double>& pos)
             : first_(pos.data())
             , stride_(pos.ld()) {}
         const double* of(unsigned int node) const { return first_ + node * stride_; }
-        const double* of(const record& R) const { return of(R.node); }
-        bool hold() const { return true; }
+        double split(const record& R) const { return of(R.node)[R.axis]; }
+        void fetch(const record& R) const {
+            prefetch(of(R.node));
+            prefetch(of(R.node) + Dim - 1);
+        }
+        /// Whether a record's coordinate is still the one that it came with.
+        bool hold(const record& R) const {
+            return std::bit_cast<std::uint64_t>(split(R)) == std::bit_cast<std::uint64_t>(R.split);
+        }
 
     private:
         const double* first_;
         std::uint64_t stride_;
-    };
-    /// The coordinates beside the records, for which a search does not wait. What it has read is
-    /// compared with the caller's coordinates afterwards, many at a time: where all bits are the
-    /// same, it went the way of a search that reads those.
-    class copied_coordinates {
-    public:
-        explicit copied_coordinates(const dense2D<double>& pos)
-            : live_(pos) {}
-        /// nullptr once the caller's coordinates have been seen to differ.
-        const double* of(const record& R) {
-            if (count_ == read_.size() && !hold()) return nullptr;
-            read_[count_++] = &R;
-            prefetch(live_.of(R));
-            return R.x.data();
-        }
-        /// Whether the caller's coordinates are those that have been read.
-        bool hold() {
-            std::uint64_t difference = 0;
-            for (unsigned k = 0; k < count_; ++k) {
-                const double* const x = live_.of(*read_[k]);
-                for (unsigned i = 0; i < Dim; ++i)
-                    difference |= std::bit_cast<std::uint64_t>(x[i]) ^
-                                  std::bit_cast<std::uint64_t>(read_[k]->x[i]);
-            }
-            count_ = 0;
-            return difference == 0;
-        }
-
-    private:
-        live_coordinates live_;
-        std::array<const record*, 64> read_;
-        unsigned count_ = 0;
     };
     void insert_listed(std::span<unsigned int> nodes) {
         constexpr std::uint64_t most_records = no_node;
@@ -194,15 +162,13 @@ private:
             prefer_large_pages(records_.data(), records_.capacity() * sizeof(record));
         }
         largest_ = std::max(largest_, *std::max_element(nodes.begin(), nodes.end()));
-        tree_builder<Dim, record> builder(*pos_, records_);
+        tree_builder<Dim> builder(*pos_, records_);
         if (records_.empty()) {
             builder.build(nodes);
         } else {
             builder.insert(nodes, live_coordinates(*pos_));
         }
     }
-
-    static unsigned next(unsigned axis) { return axis + 1 == Dim ? 0 : axis + 1; }
 
     const double* coordinates(unsigned int node) const { return pos_->data() + node * pos_->ld(); }
 
@@ -220,92 +186,232 @@ private:
     }
 
     /// Both records below are fetched before it is known which of them are visited.
-    void prefetch_below(const record& R) const {
-        for (const unsigned int r : {R.lower, R.upper}) {
-            const record& below = records_[r != no_node ? r : 0];
-            prefetch(&below);
-            prefetch(&below.upper);
-        }
+    void fetch_below(const record& R) const {
+        for (const unsigned int r : {R.lower, R.upper})
+            prefetch(&records_[r != no_node ? r : 0]);
     }
 
-    /// False when the coordinates do not hold.
-    template <class Coordinates>
-    bool search_closest(Coordinates& coordinates, const point& P, unsigned int skipped,
-                        nearest& best) const {
-        unsigned int r = 0;
-        for (unsigned axis = 0; r != no_node; axis = next(axis)) {
-            const record& R = records_[r];
-            prefetch_below(R);
-            const double* const x = coordinates.of(R);
-            if (!x) return false;
-            if (R.node != skipped) best.offer(R.node, squared_distance<Dim>(x, P.data()));
-            if (best.d2 == 0) return coordinates.hold();
-            r = x[axis] > P[axis] ? R.lower : R.upper;
+    /// A box that only shrinks while a search goes on.
+    struct bounds {
+        point min;
+        point max;
+        static bounds about(const point& P, double radius) {
+            bounds box;
+            for (unsigned i = 0; i < Dim; ++i) {
+                box.min[i] = P[i] - radius;
+                box.max[i] = P[i] + radius;
+            }
+            return box;
         }
-        return visit_near(coordinates, P, skipped, best) && coordinates.hold();
+        /// Whether the nearest search goes below a record whose coordinate is `split`. Only what
+        /// surely lies outside is left out: below a NaN anything may be.
+        bool lower(double split, unsigned axis) const { return !(split <= min[axis]); }
+        bool upper(double split, unsigned axis) const { return !(split >= max[axis]); }
+    };
+
+    struct visit {
+        unsigned int record;
+        unsigned parent; ///< place of its visit
+    };
+    /// The descent, then the upper and then the lower subtrees beside it, which is the order of the
+    /// plain search. That narrows its box at once; here many subtrees are visited level by level
+    /// with the box that they are entered with, so that no record waits for the one before. This
+    /// visits all records that the plain search does, and more: their coordinates must be those of
+    /// the walk, and what is found must be what the plain search comes to whatever its box is by
+    /// then. False where that is not sure.
+    bool find_closest_ahead(const point& P, unsigned int skipped, nearest& best) const {
+        constexpr unsigned most_steps = 64;
+        std::array<visit, 1024> visits;
+        const live_coordinates live(*pos_);
+        unsigned steps = 0;
+        for (unsigned int r = 0; r != no_node; ++steps) {
+            if (steps == most_steps) return false;
+            const record& R = records_[r];
+            fetch_below(R);
+            live.fetch(R);
+            visits[steps] = {r, steps - 1};
+            r = R.split > P[R.axis] ? R.lower : R.upper;
+        }
+        for (unsigned k = 0; k < steps; ++k) {
+            const record& R = records_[visits[k].record];
+            if (!live.hold(R)) return false;
+            if (R.node == skipped) continue;
+            best.offer(R.node, squared_distance<Dim>(live.of(R.node), P.data()));
+            if (best.d2 == 0) return true;
+        }
+        unsigned n = steps;
+        for (const bool lower : {false, true}) {
+            const bounds box = bounds::about(P, std::sqrt(best.d2));
+            const auto visit_below = [&](unsigned place, bool go_lower, bool go_upper) {
+                const record& R = records_[visits[place].record];
+                visits[n] = {R.upper, place};
+                n += go_upper & (R.upper != no_node) & box.upper(R.split, R.axis);
+                visits[n] = {R.lower, place};
+                n += go_lower & (R.lower != no_node) & box.lower(R.split, R.axis);
+            };
+            const unsigned first = n;
+            for (unsigned k = 0; k < steps; ++k) {
+                const record& R = records_[visits[k].record];
+                const bool was_lower = R.split > P[R.axis];
+                visit_below(k, lower & !was_lower, !lower & was_lower);
+            }
+            for (unsigned k = first; k < n; ++k) {
+                if (n + most_steps > visits.size()) return false;
+                const record& R = records_[visits[k].record];
+                fetch_below(R);
+                live.fetch(R);
+                visit_below(k, true, true);
+            }
+            if (!take_closest(visits.data(), first, n, P, skipped, best)) return false;
+        }
+        return true;
+    }
+
+    bool take_closest(const visit* visits, unsigned first, unsigned last, const point& P,
+                      unsigned int skipped, nearest& best) const {
+        const live_coordinates live(*pos_);
+        const double before = best.d2;
+        double second = before;
+        unsigned place = 0;
+        for (unsigned k = first; k < last; ++k) {
+            const record& R = records_[visits[k].record];
+            if (!live.hold(R)) return false;
+            const double d2 = squared_distance<Dim>(live.of(R.node), P.data());
+            if (!(d2 <= second) || R.node == skipped) continue;
+            second = std::max(d2, best.d2);
+            if (best.offer(R.node, d2)) place = k;
+        }
+        // Of several at one distance the plain search takes the one that it meets first.
+        if (best.d2 == before) return true;
+        return best.d2 < second && surely_visited(visits, place, P, std::sqrt(second));
+    }
+
+    /// Whether the plain search takes the node of a visit as long as its radius is not below the
+    /// one given: rounding could keep it outside the box or cut off a record above it.
+    bool surely_visited(const visit* visits, unsigned place, const point& P, double radius) const {
+        const bounds box = bounds::about(P, radius);
+        const live_coordinates live(*pos_);
+        if (!inside(live.of(records_[visits[place].record].node), box.min, box.max)) return false;
+        for (unsigned k = place; k != 0; k = visits[k].parent) {
+            const record& R = records_[visits[visits[k].parent].record];
+            if (!(R.lower == visits[k].record ? box.lower(R.split, R.axis)
+                                              : box.upper(R.split, R.axis)))
+                return false;
+        }
+        return true;
+    }
+
+    void search_closest(const point& P, unsigned int skipped, nearest& best) const {
+        const live_coordinates live(*pos_);
+        for (unsigned int r = 0; r != no_node;) {
+            const record& R = records_[r];
+            const double* const x = live.of(R.node);
+            if (R.node != skipped) best.offer(R.node, squared_distance<Dim>(x, P.data()));
+            if (best.d2 == 0) return;
+            r = x[R.axis] > P[R.axis] ? R.lower : R.upper;
+        }
+        visit_near(P, skipped, best);
     }
 
     /// Depth-first visit pruned by the distance of the best node so far: record, upper, lower.
-    template <class Coordinates>
-    bool visit_near(Coordinates& coordinates, const point& P, unsigned int skipped,
-                    nearest& best) const {
+    void visit_near(const point& P, unsigned int skipped, nearest& best) const {
         struct pending {
             double boundary; ///< of a lower record: coordinate of its parent
             unsigned int record;
             unsigned split; ///< axis of its parent
         };
         constexpr double none = std::numeric_limits<double>::quiet_NaN();
-        point min{};
-        point max{};
-        const auto shrink = [&] {
-            const double radius = std::sqrt(best.d2);
-            for (unsigned i = 0; i < Dim; ++i) {
-                min[i] = P[i] - radius;
-                max[i] = P[i] + radius;
-            }
-        };
-        shrink();
+        const live_coordinates live(*pos_);
+        bounds box = bounds::about(P, std::sqrt(best.d2));
         short_stack<pending, 128> visits;
-        visits.push({none, 0, Dim - 1});
+        visits.push({none, 0, 0});
         while (!visits.empty()) {
             const auto [boundary, r, split] = visits.pop();
             // By now the box may have shrunk below the boundary.
-            if (boundary <= min[split]) continue;
-            const unsigned axis = next(split);
+            if (!box.lower(boundary, split)) continue;
             const record& R = records_[r];
-            prefetch_below(R);
-            const double* const x = coordinates.of(R);
-            if (!x) return false;
-            if (inside(x, min, max) && R.node != skipped &&
+            const unsigned axis = R.axis;
+            fetch_below(R);
+            const double* const x = live.of(R.node);
+            if (inside(x, box.min, box.max) && R.node != skipped &&
                 best.offer(R.node, squared_distance<Dim>(x, P.data())))
-                shrink();
+                box = bounds::about(P, std::sqrt(best.d2));
             const double c = x[axis];
-            // Only what surely lies outside is left out: below a NaN anything may be.
-            visits.push_if((R.lower != no_node) & !(c <= min[axis]), {c, R.lower, axis});
-            visits.push_if((R.upper != no_node) & !(c >= max[axis]), {none, R.upper, axis});
+            visits.push_if((R.lower != no_node) & box.lower(c, axis), {c, R.lower, axis});
+            visits.push_if((R.upper != no_node) & box.upper(c, axis), {none, R.upper, axis});
         }
+    }
+
+    /// Visits level by level, so that no record waits for the one before, and puts what lies in
+    /// the box into the order of the plain search. Takes no more than a bounded number of records,
+    /// whose coordinates must be those of the walk: else false, with nothing appended.
+    bool find_in_box_ahead(const point& min, const point& max, dense1D<unsigned int>& nodes) const {
+        struct step {
+            std::uint64_t path; ///< from the root, first step in the highest bit, upper set
+            unsigned int record;
+            unsigned depth;
+        };
+        std::array<step, 1024> steps;
+        const live_coordinates live(*pos_);
+        unsigned n = 1;
+        steps[0] = {0, 0, 0};
+        for (unsigned head = 0; head < n; ++head) {
+            const auto [path, r, depth] = steps[head];
+            const record& R = records_[r];
+            if (n + 2 > steps.size() || depth == 64) return false;
+            fetch_below(R);
+            live.fetch(R);
+            steps[n] = {path, R.lower, depth + 1};
+            n += (R.lower != no_node) & !(R.split < min[R.axis]);
+            steps[n] = {path | std::uint64_t{1} << (63 - depth), R.upper, depth + 1};
+            n += (R.upper != no_node) & !(R.split > max[R.axis]);
+        }
+        unsigned found = 0;
+        for (unsigned k = 0; k < n; ++k) {
+            const record& R = records_[steps[k].record];
+            if (!live.hold(R)) return false;
+            steps[found] = steps[k];
+            found += inside(live.of(R.node), min, max);
+        }
+        std::sort(steps.begin(), steps.begin() + found, [](const step& a, const step& b) {
+            return a.path != b.path ? a.path < b.path : a.depth < b.depth;
+        });
+        appender<unsigned int> out(nodes);
+        out.make_room(found);
+        for (unsigned k = 0; k < found; ++k)
+            out.push(records_[steps[k].record].node);
         return true;
     }
 
-    /// False when the coordinates do not hold.
+    /// Goes by the given coordinates; the caller's, many at a time, decide what lies inside. False
+    /// when they turn out to be others.
     template <class Coordinates>
-    bool search_box(Coordinates& coordinates, const point& min, const point& max,
+    bool search_box(const Coordinates& coordinates, const point& min, const point& max,
                     dense1D<unsigned int>& nodes) const {
         appender<unsigned int> found(nodes);
-        short_stack<std::pair<unsigned int, unsigned>, 128> visits;
-        visits.push({0, 0});
-        while (!visits.empty()) {
-            const auto [r, axis] = visits.pop();
-            const record& R = records_[r];
-            prefetch_below(R);
-            const double* const x = coordinates.of(R);
-            if (!x) return false;
-            if (inside(x, min, max)) found.push(R.node);
-            // Only what surely lies outside is left out: below a NaN anything may be.
-            visits.push_if((R.upper != no_node) & !(x[axis] > max[axis]), {R.upper, next(axis)});
-            visits.push_if((R.lower != no_node) & !(x[axis] < min[axis]), {R.lower, next(axis)});
+        const live_coordinates live(*pos_);
+        std::array<const record*, 64> read;
+        short_stack<unsigned int, 128> visits;
+        visits.push(0);
+        bool held = true;
+        while (held && !visits.empty()) {
+            unsigned n = 0;
+            while (n < read.size() && !visits.empty()) {
+                const record& R = records_[visits.pop()];
+                read[n++] = &R;
+                fetch_below(R);
+                live.fetch(R);
+                const double c = coordinates.split(R);
+                // Only what surely lies outside is left out: below a NaN anything may be.
+                visits.push_if((R.upper != no_node) & !(c > max[R.axis]), R.upper);
+                visits.push_if((R.lower != no_node) & !(c < min[R.axis]), R.lower);
+            }
+            for (unsigned k = 0; k < n; ++k) {
+                held &= coordinates.reads_live || live.hold(*read[k]);
+                if (inside(live.of(read[k]->node), min, max)) found.push(read[k]->node);
+            }
         }
-        return coordinates.hold();
+        return held;
     }
 
     const dense2D<double>* pos_;

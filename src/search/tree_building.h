@@ -48,6 +48,27 @@ inline void shuffle(std::span<unsigned int> list) {
     }
 }
 
+/// A node of a tree with what a walk down needs: the one coordinate that is compared, as it was at
+/// the time of the insertion.
+struct tree_record {
+    double split; ///< coordinate on `axis`
+    unsigned int node;
+    unsigned axis;
+    unsigned int lower = no_node;
+    unsigned int upper = no_node;
+};
+
+/// The coordinates kept in the records.
+struct built_coordinates {
+    static constexpr bool reads_live = false;
+    double split(const tree_record& R) const { return R.split; }
+};
+
+template <unsigned Dim>
+unsigned next_axis(unsigned axis) {
+    return axis + 1 == Dim ? 0 : axis + 1;
+}
+
 template <unsigned Dim>
 struct placed_node {
     std::array<double, Dim> x;
@@ -72,7 +93,7 @@ public:
         unsigned int moving = 0;
         for (unsigned int k = 1; k < count; ++k)
             moving_[moving++] = {k, 0};
-        for (; moving > 0; axis = axis + 1 == Dim ? 0 : axis + 1) {
+        for (; moving > 0; axis = next_axis<Dim>(axis)) {
             if (moving > steps) return false;
             steps -= moving;
             unsigned int left = 0;
@@ -91,24 +112,28 @@ public:
         return true;
     }
 
-    /// Hands on the nodes of the tree: each before those below it, the lower ones first. Of the
-    /// children of a node is told how far behind it they come, or no_node.
+    /// Hands on the nodes of the tree with their axes: each before those below it, the lower ones
+    /// first. Of the children of a node is told how far behind it they come, or no_node.
     template <class Emit>
-    void list(Emit&& emit) {
+    void list(unsigned root_axis, Emit&& emit) {
         sizes_[0] = 0;
         for (unsigned int k = count_; k-- > 0;)
             of(sizes_, k) = 1 + of(sizes_, below_[k][0]) + of(sizes_, below_[k][1]);
         of(ranks_, 0) = 0;
+        of(axes_, 0) = root_axis;
         for (unsigned int k = 0; k < count_; ++k) {
             const unsigned int rank = of(ranks_, k);
+            const unsigned axis = next_axis<Dim>(of(axes_, k));
             listed_[rank] = k;
+            of(axes_, below_[k][0]) = axis;
+            of(axes_, below_[k][1]) = axis;
             of(ranks_, below_[k][0]) = rank + 1;
             of(ranks_, below_[k][1]) = rank + 1 + of(sizes_, below_[k][0]);
         }
         for (unsigned int rank = 0; rank < count_; ++rank) {
             const unsigned int k = listed_[rank];
             const auto [lower, upper] = below_[k];
-            emit(k, lower == no_node ? no_node : 1,
+            emit(k, of(axes_, k), lower == no_node ? no_node : 1,
                  upper == no_node ? no_node : 1 + of(sizes_, lower));
         }
     }
@@ -126,19 +151,19 @@ private:
     std::array<step, most> moving_;
     numbers sizes_;
     numbers ranks_;
+    numbers axes_;
     std::array<unsigned int, most> listed_;
     unsigned int count_ = 0;
 };
 
-/// Makes the records of a tree from nodes in the order of their insertion. A record is a
-/// placed_node with `lower` and `upper`, the records below it or no_node.
-template <unsigned Dim, class Record>
+/// Makes the records of a tree from nodes in the order of their insertion.
+template <unsigned Dim>
 class tree_builder {
 public:
     using point = std::array<double, Dim>;
     using placed = placed_node<Dim>;
 
-    tree_builder(const dense2D<double>& pos, std::vector<Record>& records)
+    tree_builder(const dense2D<double>& pos, std::vector<tree_record>& records)
         : pos_(pos)
         , records_(records) {}
 
@@ -151,9 +176,9 @@ public:
         constexpr unsigned deep = 64; // coincident nodes are chains
         const auto top = std::clamp<std::size_t>(nodes.size() / share_on_top, 1, most_on_top);
         place(nodes, top);
-        append(items_[0]);
+        append(items_[0], 0);
         const unsigned depth =
-            insert_below(0, 0, items_.data() + 1, items_.data() + top, built_coordinates());
+            insert_below(0, items_.data() + 1, items_.data() + top, built_coordinates());
         if (depth > deep) {
             records_.clear();
             build_subtree(nodes, {0, nodes.size(), no_node, false, 0});
@@ -176,14 +201,10 @@ public:
     template <class Coordinates>
     void insert(std::span<const unsigned int> nodes, const Coordinates& coordinates) {
         place(nodes, nodes.size());
-        insert_below(0, 0, items_.data(), items_.data() + nodes.size(), coordinates);
+        insert_below(0, items_.data(), items_.data() + nodes.size(), coordinates);
     }
 
 private:
-    /// The coordinates beside the records, just copied.
-    struct built_coordinates {
-        const double* of(const Record& R) const { return R.x.data(); }
-    };
     /// Nodes of one subtree, in the order of their insertion.
     struct segment {
         std::size_t first;
@@ -210,8 +231,6 @@ private:
         std::array<unsigned int, 2> below;
     };
 
-    static unsigned next(unsigned axis) { return axis + 1 == Dim ? 0 : axis + 1; }
-
     const double* coordinates(unsigned int node) const { return pos_.data() + node * pos_.ld(); }
     point at(unsigned int node) const {
         point x;
@@ -223,8 +242,8 @@ private:
         prefetch(coordinates(node) + Dim - 1);
     }
 
-    unsigned int append(const placed& node) {
-        records_.push_back({node});
+    unsigned int append(const placed& item, unsigned axis) {
+        records_.push_back({item.x[axis], item.node, axis});
         return static_cast<unsigned int>(records_.size() - 1);
     }
 
@@ -245,8 +264,8 @@ private:
         found.depths.resize(top);
         std::vector<split> splits(2 * top + 1);
         for (unsigned int r = 0; r < top; ++r) {
-            const Record& R = records_[r];
-            splits[r].x = R.x[found.depths[r] % Dim];
+            const tree_record& R = records_[r];
+            splits[r].x = R.split;
             for (const bool upper : {false, true}) {
                 unsigned int child = upper ? R.upper : R.lower;
                 if (child != no_node) {
@@ -354,17 +373,19 @@ private:
             if (is_small && small_.grow(items, static_cast<unsigned int>(count), axis)) {
                 std::size_t ahead = whole.last;
                 unsigned int r = root;
-                small_.list([&](unsigned int k, unsigned int lower, unsigned int upper) {
+                small_.list(axis, [&](unsigned int k, unsigned split_axis, unsigned int lower,
+                                      unsigned int upper) {
                     fetch(nodes[std::min(ahead++, nodes.size() - 1)]);
-                    records_.push_back({items[k], lower == no_node ? no_node : r + lower,
+                    records_.push_back({items[k].x[split_axis], items[k].node, split_axis,
+                                        lower == no_node ? no_node : r + lower,
                                         upper == no_node ? no_node : r + upper});
                     ++r;
                 });
                 continue;
             }
-            append(items[0]);
+            append(items[0], axis);
             if (is_small || s.depth > deep) {
-                insert_below(root, axis, items + 1, items + count, built_coordinates());
+                insert_below(root, items + 1, items + count, built_coordinates());
                 continue;
             }
             const std::size_t middle = part(s.first + 1, s.last, axis, items[0].x[axis]);
@@ -391,20 +412,18 @@ private:
         return lower_end;
     }
 
-    /// Inserts nodes one after the other below a record that splits on `root_axis`. Returns the
-    /// length of the longest path.
+    /// Inserts nodes one after the other below a record. Returns the length of the longest path.
     ///
     /// A node at the coordinates of an earlier one takes the same path up to it and its upper
     /// subtree then. As soon as a path is long, the last record at each place is remembered, so
     /// that coincident nodes do not walk down the whole chain again and again.
     template <class Coordinates>
-    unsigned insert_below(unsigned int root, unsigned root_axis, const placed* first,
-                          const placed* last, const Coordinates& coordinates) {
+    unsigned insert_below(unsigned int root, const placed* first, const placed* last,
+                          const Coordinates& coordinates) {
         constexpr unsigned long_path = 128;
         struct place {
             point x;
             unsigned int record;
-            unsigned axis;
         };
         std::vector<place> places;
         std::optional<hash_slots> slots; // once paths are long
@@ -412,31 +431,28 @@ private:
         for (; first != last; ++first) {
             const auto same = [&](unsigned int k) { return coincide(places[k].x, first->x); };
             unsigned int r = root;
-            unsigned axis = root_axis;
             unsigned int known = no_node;
             if (slots) {
                 known = slots->find_or_insert(hash(first->x, slots->seed()),
                                               static_cast<unsigned int>(places.size()), same);
                 if (known == no_node) {
                     known = static_cast<unsigned int>(places.size());
-                    places.push_back({first->x, root, root_axis});
+                    places.push_back({first->x, root});
                 }
                 r = places[known].record;
-                axis = places[known].axis;
             }
-            const unsigned int fresh = append(*first);
             unsigned steps = 0;
-            for (unsigned int* child = nullptr;; r = *child, axis = next(axis), ++steps) {
-                const double c = coordinates.of(records_[r])[axis];
-                child = c > first->x[axis] ? &records_[r].lower : &records_[r].upper;
-                if (*child != no_node) continue;
-                *child = fresh;
-                break;
+            for (;; ++steps) {
+                const tree_record& R = records_[r];
+                const unsigned int child =
+                    coordinates.split(R) > first->x[R.axis] ? R.lower : R.upper;
+                if (child == no_node) break;
+                r = child;
             }
-            if (slots) {
-                places[known].record = fresh;
-                places[known].axis = next(axis);
-            }
+            const unsigned int fresh = append(*first, next_axis<Dim>(records_[r].axis));
+            tree_record& R = records_[r];
+            (coordinates.split(R) > first->x[R.axis] ? R.lower : R.upper) = fresh;
+            if (slots) places[known].record = fresh;
             if (!slots && steps > long_path)
                 slots.emplace(static_cast<std::uint64_t>(last - first));
             longest = std::max(longest, steps);
@@ -459,7 +475,7 @@ private:
     }
 
     const dense2D<double>& pos_;
-    std::vector<Record>& records_;
+    std::vector<tree_record>& records_;
     std::vector<placed> items_;
     std::vector<placed> uppers_;
     small_tree<Dim> small_;
