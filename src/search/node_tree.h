@@ -267,23 +267,46 @@ private:
         return true;
     }
 
+    /// Takes the closest node of some visits, the first one in the order of the plain search where
+    /// several are equally close. False when it is not sure that the plain search takes it.
     bool take_closest(const visit* visits, unsigned first, unsigned last, const point& P,
                       unsigned int skipped, nearest& best) const {
         const live_coordinates live(*pos_);
-        const double before = best.d2;
-        double second = before;
+        double second = best.d2; // of the next distance
         unsigned place = 0;
+        unsigned ties = 64; // each of which walks up some visits
         for (unsigned k = first; k < last; ++k) {
             const record& R = records_[visits[k].record];
             if (!live.hold(R)) return false;
             const double d2 = squared_distance<Dim>(live.of(R.node), P.data());
             if (!(d2 <= second) || R.node == skipped) continue;
-            second = std::max(d2, best.d2);
-            if (best.offer(R.node, d2)) place = k;
+            if (d2 < best.d2) {
+                second = best.d2;
+                best = {d2, R.node};
+                place = k;
+            } else if (d2 > best.d2) {
+                second = d2;
+            } else if (place != 0) {
+                if (ties-- == 0) return false;
+                if (is_before(visits, place, k)) continue;
+                best.node = R.node;
+                place = k;
+            }
         }
-        // Of several at one distance the plain search takes the one that it meets first.
-        if (best.d2 == before) return true;
-        return best.d2 < second && surely_visited(visits, place, P, std::sqrt(second));
+        return place == 0 || surely_visited(visits, place, P, std::sqrt(second));
+    }
+
+    /// Whether the plain search comes to the record of a visit before that of a later one.
+    bool is_before(const visit* visits, unsigned place, unsigned later) const {
+        unsigned child = no_node; // on the way up from `place`
+        while (place != later) {
+            if (later > place) {
+                later = visits[later].parent;
+            } else {
+                child = std::exchange(place, visits[place].parent);
+            }
+        }
+        return child == no_node || records_[visits[place].record].upper == visits[child].record;
     }
 
     /// Whether the plain search takes the node of a visit as long as its radius is not below the
@@ -301,10 +324,17 @@ private:
         return true;
     }
 
+    /// Chains of coincident nodes stand one behind the other.
+    void fetch_behind(unsigned int r, const live_coordinates& live) const {
+        constexpr unsigned ahead = 16;
+        if (ahead < records_.size() - r) prefetch(live.of(records_[r + ahead].node));
+    }
+
     void search_closest(const point& P, unsigned int skipped, nearest& best) const {
         const live_coordinates live(*pos_);
         for (unsigned int r = 0; r != no_node;) {
             const record& R = records_[r];
+            fetch_behind(r, live);
             const double* const x = live.of(R.node);
             if (R.node != skipped) best.offer(R.node, squared_distance<Dim>(x, P.data()));
             if (best.d2 == 0) return;
@@ -332,6 +362,7 @@ private:
             const record& R = records_[r];
             const unsigned axis = R.axis;
             fetch_below(R);
+            fetch_behind(r, live);
             const double* const x = live.of(R.node);
             if (inside(x, box.min, box.max) && R.node != skipped &&
                 best.offer(R.node, squared_distance<Dim>(x, P.data())))
@@ -351,7 +382,7 @@ private:
             unsigned int record;
             unsigned depth;
         };
-        std::array<step, 1024> steps;
+        std::array<step, 256> steps;
         const live_coordinates live(*pos_);
         unsigned n = 1;
         steps[0] = {0, 0, 0};
