@@ -6,6 +6,7 @@
 #include <kvx/element_type.h>
 
 #include "foundation/appending.h"
+#include "foundation/large_blocks.h"
 #include "foundation/memory_guard.h"
 
 namespace kvx::zelvo {
@@ -18,46 +19,15 @@ std::uint64_t leading_nodes(const dense2D<unsigned int>& conn, std::uint64_t j) 
     return static_cast<std::uint64_t>(std::find(column, column + conn.rows(), no_node) - column);
 }
 
-/// Moves columns of a matrix along a cycle, holding one aside.
-class column_mover {
-public:
-    explicit column_mover(dense2D<unsigned int>& m)
-        : m_(m)
-        , rows_(m.empty() ? 0 : m.rows())
-        , held_(rows_) {}
-
-    void hold(std::uint64_t j) { std::copy_n(column(j), rows_, held_.begin()); }
-    void move(std::uint64_t from, std::uint64_t to) {
-        std::copy_n(column(from), rows_, column(to));
-    }
-    void release(std::uint64_t j) { std::copy_n(held_.begin(), rows_, column(j)); }
-
-private:
-    unsigned int* column(std::uint64_t j) { return rows_ == 0 ? nullptr : &m_(0, j); }
-
-    dense2D<unsigned int>& m_;
-    std::uint64_t rows_;
-    std::vector<unsigned int> held_;
-};
-
-/// Gives every place its column, which stands at source[place]; makes source the identity.
-void gather_columns(std::vector<unsigned int>& source, column_mover& conn, column_mover& refs) {
-    for (unsigned int first = 0; first < source.size(); ++first) {
-        if (source[first] == first) continue;
-        conn.hold(first);
-        refs.hold(first);
-        unsigned int place = first;
-        while (source[place] != first) {
-            const unsigned int next = source[place];
-            conn.move(next, place);
-            refs.move(next, place);
-            source[place] = place;
-            place = next;
-        }
-        conn.release(place);
-        refs.release(place);
-        source[place] = place;
-    }
+/// Moves every column j of a matrix to new_IDs[j], by way of a copy: in place, a column after the
+/// other would be waited for. The copy has room for the matrix.
+void move_columns(dense2D<unsigned int>& m, const dense1D<unsigned int>& new_IDs,
+                  unsigned int* copy) {
+    const std::uint64_t rows = m.rows();
+    for (std::uint64_t j = 0; j < m.cols(); ++j)
+        std::copy_n(m.data() + j * m.ld(), rows, copy + new_IDs[j] * rows);
+    for (std::uint64_t j = 0; j < m.cols(); ++j)
+        std::copy_n(copy + j * rows, rows, m.data() + j * m.ld());
 }
 
 /// Places of the elements when ordered by number of nodes, elements without nodes last.
@@ -112,12 +82,12 @@ int sort_elfes(dense2D<unsigned int>& conn, dense2D<unsigned int>& elem_refs,
     return guarded([&] {
         need(conn.cols() < no_node); // element numbers are 32-bit
         grouping groups(conn);
-        std::vector<unsigned int> source(conn.cols());
-        for (unsigned int j = 0; j < source.size(); ++j)
-            source[groups.new_IDs[j]] = j;
-        column_mover elements(conn);
-        column_mover references(elem_refs);
-        gather_columns(source, elements, references);
+        if (!std::is_sorted(groups.new_IDs.begin(), groups.new_IDs.end())) {
+            const std::uint64_t most_rows = std::max(conn.rows(), has_refs ? elem_refs.rows() : 0);
+            const auto copy = make_scratch<unsigned int>(most_rows * conn.cols());
+            move_columns(conn, groups.new_IDs, copy.get());
+            if (has_refs) move_columns(elem_refs, groups.new_IDs, copy.get());
+        }
 
         conn.resize(conn.rows(), groups.kept);
         for (unsigned int& place : groups.new_IDs) {

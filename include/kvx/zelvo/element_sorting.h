@@ -21,7 +21,8 @@ namespace kvx::zelvo {
 ///              two above may be views of conn or elem_refs
 ///
 /// Returns 0, or with nothing changed: -1 when a non-empty elem_refs has another number of columns
-/// than conn, -199 when memory runs out or conn has more than 4294967294 columns. Linear.
+/// than conn, -199 when memory runs out or conn has more than 4294967294 columns. Linear; needs a
+/// copy of the larger matrix unless the elements stand in order.
 KVX_ZELVO_API int sort_elfes(dense2D<unsigned int>& conn, dense2D<unsigned int>& elem_refs,
                              dense1D<unsigned int>& group_nodes, dense1D<unsigned int>& group_ends,
                              dense1D<unsigned int>& new_IDs) noexcept;
