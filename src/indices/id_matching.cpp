@@ -1,8 +1,10 @@
 #include <kvx/zelvo/id_matching.h>
 
 #include <algorithm>
+#include <array>
 
 #include "foundation/hashing.h"
+#include "foundation/large_blocks.h"
 #include "foundation/memory_guard.h"
 
 namespace kvx::zelvo {
@@ -45,22 +47,42 @@ struct turned_column {
     }
 };
 
-/// Fills the maps between two collections. place_of(j) is the place in the first one of item j of
-/// the second, or no_node.
-template <class PlaceOf>
-int match(std::uint64_t first_count, std::uint64_t second_count, PlaceOf&& place_of,
-          dense1D<unsigned int>& second_in_first, dense1D<unsigned int>& first_in_second) {
+/// Fills the maps between two collections. find(take) calls take(i, j) for every item j of the second
+/// one, in ascending order, that is item i of the first one.
+template <class Find>
+int match(std::uint64_t first_count, std::uint64_t second_count,
+          dense1D<unsigned int>& second_in_first, dense1D<unsigned int>& first_in_second,
+          Find&& find) {
     dense1D<unsigned int> found(second_count, no_node);
     dense1D<unsigned int> found_by(first_count, no_node);
-    for (std::uint64_t j = 0; j < second_count; ++j) {
-        const unsigned int i = place_of(j);
-        if (i == no_node) continue;
+    find([&](unsigned int i, std::uint64_t j) {
         found[j] = i;
         found_by[i] = static_cast<unsigned int>(j);
-    }
+    });
     second_in_first.swap(found);
     first_in_second.swap(found_by);
     return 0;
+}
+
+/// Calls use(i, hash(i)) for every i below count. The slots of some, and what they seem to hold, are
+/// fetched before the first of them is used.
+template <class Hash, class Address, class Use>
+void each_fetched(const tagged_slots& slots, std::uint64_t count, Hash&& hash, Address&& address,
+                  Use&& use) {
+    std::array<std::uint64_t, 32> hashes;
+    for (std::uint64_t first = 0; first < count; first += hashes.size()) {
+        const std::uint64_t n = std::min<std::uint64_t>(hashes.size(), count - first);
+        for (std::uint64_t k = 0; k < n; ++k) {
+            hashes[k] = hash(first + k);
+            slots.prefetch(hashes[k]);
+        }
+        for (std::uint64_t k = 0; k < n; ++k) {
+            const unsigned int other = slots.likely(hashes[k]);
+            if (other != no_node) prefetch(address(other));
+        }
+        for (std::uint64_t k = 0; k < n; ++k)
+            use(first + k, hashes[k]);
+    }
 }
 
 } // namespace
@@ -73,19 +95,29 @@ int get_IDs(const dense1D<unsigned int>& A, const dense1D<unsigned int>& B,
     A_in_B.clear();
     return guarded([&] {
         need(std::max(first.size(), second.size()) < no_node); // places are 32-bit
-        const unsigned int* const values = first.data();
-        const auto holds = [=](unsigned int value) {
-            return [=](unsigned int i) { return values[i] == value; };
+        tagged_slots places(first.size(), first.size());
+        std::uint64_t steps = 0;
+        const auto hash_in = [seed = places.seed()](const dense1D<unsigned int>& v) {
+            return [&v, seed](std::uint64_t i) { return mixed_bits(seed + v[i]); };
         };
-        hash_slots places(first.size());
-        const auto hash = [&](unsigned int value) { return mixed_bits(places.seed() + value); };
-        for (unsigned int i = 0; i < first.size(); ++i) {
-            if (values[i] != no_node) places.assign(hash(values[i]), i, holds(values[i]));
-        }
-        const auto place_of = [&](std::uint64_t j) {
-            return places.find(hash(second[j]), holds(second[j]));
-        };
-        return match(first.size(), second.size(), place_of, B_in_A, A_in_B);
+        const auto address = [&](unsigned int i) { return &first[i]; };
+        each_fetched(places, first.size(), hash_in(first), address,
+                     [&](std::uint64_t i, std::uint64_t h) {
+                         if (first[i] == no_node) return;
+                         const auto differs = [&](unsigned int k) { return first[k] != first[i]; };
+                         places.store(places.search(h, steps, differs), h,
+                                      static_cast<unsigned int>(i)); // the last one counts
+                     });
+        return match(first.size(), second.size(), B_in_A, A_in_B, [&](auto&& take) {
+            each_fetched(places, second.size(), hash_in(second), address,
+                         [&](std::uint64_t j, std::uint64_t h) {
+                             places.search(h, steps, [&](unsigned int i) {
+                                 if (first[i] != second[j]) return true;
+                                 take(i, j);
+                                 return false;
+                             });
+                         });
+        });
     });
 }
 
@@ -99,20 +131,35 @@ int get_IDs(const dense2D<unsigned int>& E1, const dense2D<unsigned int>& E2,
     if (first.rows() != second.rows()) return -2;
     return guarded([&] {
         need(std::max(first.cols(), second.cols()) < no_node);
-        const auto element = [&](unsigned int i) { return turned_column(first, i, exact_order); };
-        const auto equals = [&](const turned_column& other) {
-            return [&](unsigned int i) { return element(i) == other; };
+        const auto element = [exact_order](const dense2D<unsigned int>& E, std::uint64_t j) {
+            return turned_column(E, j, exact_order);
         };
-        hash_slots places(first.cols());
-        for (unsigned int i = 0; i < first.cols(); ++i) {
-            const turned_column own = element(i);
-            places.find_or_insert(own.hash(places.seed()), i, equals(own));
-        }
-        const auto place_of = [&](std::uint64_t j) {
-            const turned_column sought(second, j, exact_order);
-            return places.find(sought.hash(places.seed()), equals(sought));
+        tagged_slots places(first.cols(), first.cols());
+        std::uint64_t steps = 0;
+        const auto hash_in = [&](const dense2D<unsigned int>& E) {
+            return [&](std::uint64_t j) { return element(E, j).hash(places.seed()); };
         };
-        return match(first.cols(), second.cols(), place_of, E2_in_E1, E1_in_E2);
+        const auto address = [&](unsigned int i) { return first.data() + i * first.ld(); };
+        each_fetched(places, first.cols(), hash_in(first), address,
+                     [&](std::uint64_t i, std::uint64_t h) {
+                         bool known = false; // the first one counts
+                         const std::uint64_t at = places.search(h, steps, [&](unsigned int k) {
+                             known = element(first, k) == element(first, i);
+                             return !known;
+                         });
+                         if (!known) places.store(at, h, static_cast<unsigned int>(i));
+                     });
+        return match(first.cols(), second.cols(), E2_in_E1, E1_in_E2, [&](auto&& take) {
+            each_fetched(places, second.cols(), hash_in(second), address,
+                         [&](std::uint64_t j, std::uint64_t h) {
+                             const turned_column sought = element(second, j);
+                             places.search(h, steps, [&](unsigned int i) {
+                                 if (!(element(first, i) == sought)) return true;
+                                 take(i, j);
+                                 return false;
+                             });
+                         });
+        });
     });
 }
 
