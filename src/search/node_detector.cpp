@@ -36,9 +36,9 @@ unsigned int insert_into(node_tree<Dim>& tree, const dense1D<unsigned int>& node
 template <class Fill>
 int plant(const dense2D<double>& pos, std::unique_ptr<node_tree<2>>& tree2,
           std::unique_ptr<node_tree<3>>& tree3, Fill&& fill) {
-    const auto plant_in = [&]<unsigned Dim>(std::unique_ptr<node_tree<Dim>>& tree) {
+    const auto plant_in = [&](auto& tree) {
         const int code = guarded([&] {
-            tree = std::make_unique<node_tree<Dim>>(pos);
+            tree = std::make_unique<std::remove_reference_t<decltype(*tree)>>(pos);
             fill(*tree);
             return 0;
         });

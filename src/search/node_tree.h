@@ -92,7 +92,9 @@ public:
         nearest best;
         if (find_closest_ahead(P, skipped, best)) return best.node;
         best = {};
-        search_closest(P, skipped, best);
+        if (search_closest(built_coordinates(), P, skipped, best)) return best.node;
+        best = {};
+        search_closest(live_coordinates(*pos_), P, skipped, best);
         return best.node;
     }
 
@@ -207,6 +209,13 @@ private:
         /// surely lies outside is left out: below a NaN anything may be.
         bool lower(double split, unsigned axis) const { return !(split <= min[axis]); }
         bool upper(double split, unsigned axis) const { return !(split >= max[axis]); }
+        /// Whether a point lies inside and not on the boundary.
+        bool holds_within(const double* x) const {
+            unsigned held = 0;
+            for (unsigned i = 0; i < Dim; ++i)
+                held += (min[i] < x[i]) & (x[i] < max[i]);
+            return held == Dim;
+        }
     };
 
     struct visit {
@@ -324,27 +333,34 @@ private:
         return true;
     }
 
-    /// Chains of coincident nodes stand one behind the other.
-    void fetch_behind(unsigned int r, const live_coordinates& live) const {
-        constexpr unsigned ahead = 16;
-        if (ahead < records_.size() - r) prefetch(live.of(records_[r + ahead].node));
-    }
-
-    void search_closest(const point& P, unsigned int skipped, nearest& best) const {
+    /// Goes down by the given coordinates, then visits what is near; distances are those of the
+    /// caller's coordinates. False when the given ones turn out to be others, or where that may not
+    /// be what the plain search comes to.
+    template <class Coordinates>
+    bool search_closest(const Coordinates& coordinates, const point& P, unsigned int skipped,
+                        nearest& best) const {
         const live_coordinates live(*pos_);
         for (unsigned int r = 0; r != no_node;) {
+            constexpr unsigned ahead = 16; // chains of coincident nodes stand in a row
+            if (ahead < records_.size() - r) live.fetch(records_[r + ahead]);
             const record& R = records_[r];
-            fetch_behind(r, live);
-            const double* const x = live.of(R.node);
-            if (R.node != skipped) best.offer(R.node, squared_distance<Dim>(x, P.data()));
-            if (best.d2 == 0) return;
-            r = x[R.axis] > P[R.axis] ? R.lower : R.upper;
+            if (!coordinates.reads_live && !live.hold(R)) return false;
+            if (R.node != skipped)
+                best.offer(R.node, squared_distance<Dim>(live.of(R.node), P.data()));
+            if (best.d2 == 0) return true;
+            r = coordinates.split(R) > P[R.axis] ? R.lower : R.upper;
         }
-        visit_near(P, skipped, best);
+        return visit_near(coordinates, P, skipped, best);
     }
 
-    /// Depth-first visit pruned by the distance of the best node so far: record, upper, lower.
-    void visit_near(const point& P, unsigned int skipped, nearest& best) const {
+    /// Depth-first visit pruned by the distance of the best node so far: record, upper, lower. Where
+    /// coordinates are not the caller's, these are read many at a time, so that the box is too wide
+    /// for a while: what is then visited for nothing does not lie within the box any more, but for
+    /// rounding on its boundary.
+    template <class Coordinates>
+    bool visit_near(const Coordinates& coordinates, const point& P, unsigned int skipped,
+                    nearest& best) const {
+        constexpr bool plain = Coordinates::reads_live;
         struct pending {
             double boundary; ///< of a lower record: coordinate of its parent
             unsigned int record;
@@ -353,24 +369,39 @@ private:
         constexpr double none = std::numeric_limits<double>::quiet_NaN();
         const live_coordinates live(*pos_);
         bounds box = bounds::about(P, std::sqrt(best.d2));
+        std::array<const record*, plain ? 1 : 64> read{};
         short_stack<pending, 128> visits;
+        const auto go_below = [&](const record& R) {
+            const double c = coordinates.split(R);
+            visits.push_if((R.lower != no_node) & box.lower(c, R.axis), {c, R.lower, R.axis});
+            visits.push_if((R.upper != no_node) & box.upper(c, R.axis), {none, R.upper, R.axis});
+        };
         visits.push({none, 0, 0});
         while (!visits.empty()) {
-            const auto [boundary, r, split] = visits.pop();
-            // By now the box may have shrunk below the boundary.
-            if (!box.lower(boundary, split)) continue;
-            const record& R = records_[r];
-            const unsigned axis = R.axis;
-            fetch_below(R);
-            fetch_behind(r, live);
-            const double* const x = live.of(R.node);
-            if (inside(x, box.min, box.max) && R.node != skipped &&
-                best.offer(R.node, squared_distance<Dim>(x, P.data())))
-                box = bounds::about(P, std::sqrt(best.d2));
-            const double c = x[axis];
-            visits.push_if((R.lower != no_node) & box.lower(c, axis), {c, R.lower, axis});
-            visits.push_if((R.upper != no_node) & box.upper(c, axis), {none, R.upper, axis});
+            unsigned n = 0;
+            while (n < read.size() && !visits.empty()) {
+                const auto [boundary, r, split] = visits.pop();
+                // By now the box may have shrunk below the boundary.
+                if (!box.lower(boundary, split)) continue;
+                const record& R = records_[r];
+                read[n++] = &R;
+                fetch_below(R);
+                live.fetch(R);
+                if (!plain) go_below(R);
+            }
+            for (unsigned k = 0; k < n; ++k) {
+                const record& R = *read[k];
+                if (!plain && !live.hold(R)) return false;
+                const double* const x = live.of(R.node);
+                if (inside(x, box.min, box.max) && R.node != skipped &&
+                    best.offer(R.node, squared_distance<Dim>(x, P.data()))) {
+                    if (!plain && !box.holds_within(x)) return false;
+                    box = bounds::about(P, std::sqrt(best.d2));
+                }
+                if (plain) go_below(R);
+            }
         }
+        return true;
     }
 
     /// Visits level by level, so that no record waits for the one before, and puts what lies in
