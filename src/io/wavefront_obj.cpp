@@ -151,7 +151,8 @@ public:
     void flush() {
         if (count_ == 0) return;
         append_columns(m_, Rows, count_, T{});
-        std::copy_n(values_.begin(), Rows * count_, &m_(0, m_.cols() - count_));
+        for (std::size_t k = 0; k < count_; ++k)
+            std::copy_n(&values_[Rows * k], Rows, &m_(0, m_.cols() - count_ + k));
         count_ = 0;
     }
 

@@ -13,7 +13,8 @@ namespace kvx::zelvo {
 /// first; at equal distances the pair whose survivor comes first in nodes2. A node that has been
 /// absorbed neither absorbs nor is absorbed again, while a survivor absorbs any number of nodes. A
 /// survivor that is absorbed later takes the nodes it absorbed along, so nodes may end up further
-/// than tol from their survivor. Nodes with a NaN coordinate never merge.
+/// than tol from their survivor. Nodes with a NaN coordinate never merge. Where the caller's rounding
+/// mode is up or down, so that a - b and b - a may differ, either may count.
 ///
 /// pos       2 or 3 rows, one column per node
 /// nodes1    nodes that may be absorbed; no_node and repeated entries are skipped

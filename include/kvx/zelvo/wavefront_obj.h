@@ -58,6 +58,8 @@ KVX_ZELVO_API int WavefrontOBJ_output(const char* filename, const dense2D<double
 /// triangles   replaced: 3 rows, one column per triangle
 /// quads       replaced: 4 rows, one column per quadrangle
 ///
+/// The five are different matrices: of two that are one, the columns come in no certain order.
+///
 /// Returns 0, or, with all outputs empty: -1 the file cannot be opened (or its name is null) or not
 /// be read to its end; -199 out of memory. Linear.
 KVX_ZELVO_API int WavefrontOBJ_input(const char* filename, dense2D<double>& pos,
