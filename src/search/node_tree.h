@@ -212,9 +212,11 @@ private:
         /// Whether a point lies inside and not on the boundary.
         bool holds_within(const double* x) const {
             unsigned held = 0;
-            for (unsigned i = 0; i < Dim; ++i)
-                held += (min[i] < x[i]) & (x[i] < max[i]);
-            return held == Dim;
+            for (unsigned i = 0; i < Dim; ++i) {
+                held += min[i] < x[i];
+                held += x[i] < max[i];
+            }
+            return held == 2 * Dim;
         }
     };
 

@@ -130,7 +130,7 @@ TEST(NastranInput, ReadsPlainCardsAsItReadsSplitOnes) {
                                   "+4", "1.5-3", "1.2.",       "x",         "ENDDATA2",
                                   "",   "-4",    "$",          "4294967296"};
     std::mt19937 random;
-    for (int i = 0; i < 5000; ++i) {
+    for (unsigned i = 0; i < 5000; ++i) {
         std::string card = std::array{"GRID", "GRIDX", "CTETRA", "PENTA", "ROD"}[random() % 5];
         for (std::size_t k = 0; k < 9; ++k)
             card += std::array{" ", ",", "\t ", ", ", " ,", "       "}[random() % (4 + i % 3)] +
