@@ -74,8 +74,7 @@ void shocks_of(measurement& measured, const mesh& m) {
 int main(int argc, char** argv) {
     over_sizes<mesh>({{"tetrahedra", tetrahedral_grid},
                       {"tetrahedra_clustered", clustered<tetrahedral_grid>},
-                      {"tetrahedra_shuffled", shuffled<tetrahedral_grid>},
-                      {"triangles_around_a_node", fan}},
+                      {"tetrahedra_shuffled", shuffled<tetrahedral_grid>}},
                      {{"sizes", gradation_of<random_sizes>},
                       {"sizes_bounded_before", gradation_of<random_sizes, 1>},
                       {"one_small_size", gradation_of<one_small_size>},
