@@ -1,7 +1,6 @@
 #include <kvx/zelvo/edges.h>
 
-#include "generated_meshes.h"
-#include "growth.h"
+#include "mesh_shapes.h"
 
 namespace {
 
@@ -20,18 +19,6 @@ void distinct_edges(measurement& measured, const mesh& m) {
 } // namespace
 
 int main(int argc, char** argv) {
-    over_sizes<mesh>({{"triangles", bumpy_sphere},
-                      {"triangles_clustered", clustered<bumpy_sphere>},
-                      {"triangles_shuffled", shuffled<bumpy_sphere>},
-                      {"triangles_sparse", sparse<bumpy_sphere>},
-                      {"triangles_around_a_node", fan},
-                      {"one_triangle", one_triangle},
-                      {"tetrahedra", tetrahedral_grid},
-                      {"tetrahedra_clustered", clustered<tetrahedral_grid>},
-                      {"tetrahedra_shuffled", shuffled<tetrahedral_grid>},
-                      {"tetrahedra_sparse", sparse<shuffled<tetrahedral_grid>>},
-                      {"hexahedra", hexahedral_grid},
-                      {"solids", mixed_solids}},
-                     {{"copy_edges", distinct_edges}});
+    over_sizes<mesh>(meshes_with_sides(), {{"copy_edges", distinct_edges}});
     return run_benchmarks(argc, argv);
 }

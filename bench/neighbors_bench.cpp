@@ -1,7 +1,6 @@
 #include <kvx/zelvo/neighbors.h>
 
-#include "generated_meshes.h"
-#include "growth.h"
+#include "mesh_shapes.h"
 
 namespace {
 
@@ -18,18 +17,6 @@ void neighbors_of(measurement& measured, const mesh& m) {
 } // namespace
 
 int main(int argc, char** argv) {
-    over_sizes<mesh>({{"triangles", bumpy_sphere},
-                      {"triangles_clustered", clustered<bumpy_sphere>},
-                      {"triangles_shuffled", shuffled<bumpy_sphere>},
-                      {"triangles_sparse", sparse<bumpy_sphere>},
-                      {"triangles_around_a_node", fan},
-                      {"one_triangle", one_triangle},
-                      {"tetrahedra", tetrahedral_grid},
-                      {"tetrahedra_clustered", clustered<tetrahedral_grid>},
-                      {"tetrahedra_shuffled", shuffled<tetrahedral_grid>},
-                      {"tetrahedra_sparse", sparse<shuffled<tetrahedral_grid>>},
-                      {"hexahedra", hexahedral_grid},
-                      {"solids", mixed_solids}},
-                     {{"get_neighbors", neighbors_of}});
+    over_sizes<mesh>(meshes_with_sides(), {{"get_neighbors", neighbors_of}});
     return run_benchmarks(argc, argv);
 }
