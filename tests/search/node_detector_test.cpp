@@ -140,6 +140,10 @@ TEST(node_detector, answers_like_the_plain_tree) {
             if (HasFatalFailure()) return;
         }
     }
+    // A chain on top, so that nodes are parted from there on, to both sides.
+    const cloud_maker mostly_equal = [](auto& r) { return r() % 10 ? 300 : double(r() % 1000); };
+    for (unsigned round = 0; round < 4; ++round)
+        compare_with_plain_tree<2>(9000, mostly_equal, random);
 }
 
 TEST(node_detector, mixes_dimensions) {
