@@ -42,41 +42,24 @@ public:
     /// What every hash for this table begins with.
     std::uint64_t seed() const { return seed_; }
 
-    /// The stored value v with equal(v), or no_node.
-    template <class Equal>
-    unsigned int find(std::uint64_t hash, Equal&& equal) const {
-        return slots_[place(hash, equal)];
-    }
-
     /// The stored value v with equal(v); where there is none, `value` is stored and no_node
     /// returned.
     template <class Equal>
     unsigned int find_or_insert(std::uint64_t hash, unsigned int value, Equal&& equal) {
-        const std::uint64_t at = place(hash, equal);
-        if (slots_[at] != no_node) return slots_[at];
+        const std::uint64_t mask = slots_.size() - 1;
+        std::uint64_t at = hash & mask;
+        while (slots_[at] != no_node) {
+            if (equal(slots_[at])) return slots_[at];
+            at = (at + 1) & mask;
+        }
         slots_[at] = value;
         return no_node;
-    }
-
-    /// Stores `value` in place of the stored value that equals it, or anew.
-    template <class Equal>
-    void assign(std::uint64_t hash, unsigned int value, Equal&& equal) {
-        slots_[place(hash, equal)] = value;
     }
 
 private:
     static std::uint64_t slot_count(std::uint64_t count) {
         if (count > (std::uint64_t{1} << 40)) throw std::bad_alloc();
         return std::bit_ceil(count + count / 2 + 16);
-    }
-
-    template <class Equal>
-    std::uint64_t place(std::uint64_t hash, Equal&& equal) const {
-        const std::uint64_t mask = slots_.size() - 1;
-        std::uint64_t at = hash & mask;
-        while (slots_[at] != no_node && !equal(slots_[at]))
-            at = (at + 1) & mask;
-        return at;
     }
 
     std::vector<unsigned int> slots_;
