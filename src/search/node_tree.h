@@ -111,7 +111,7 @@ public:
     bool has_node(unsigned int node) const { return node < pos_->cols() && pos_->rows() >= Dim; }
     point at(unsigned int node) const {
         point x;
-        std::copy_n(coordinates(node), Dim, x.begin());
+        std::copy_n(live_coordinates(*pos_).of(node), Dim, x.begin());
         return x;
     }
 
@@ -149,6 +149,7 @@ private:
         const double* first_;
         std::uint64_t stride_;
     };
+
     void insert_listed(std::span<unsigned int> nodes) {
         constexpr std::uint64_t most_records = no_node;
         shuffle(nodes);
@@ -171,8 +172,6 @@ private:
             builder.insert(nodes, live_coordinates(*pos_));
         }
     }
-
-    const double* coordinates(unsigned int node) const { return pos_->data() + node * pos_->ld(); }
 
     /// Whether there are records and the matrix still has all that they refer to.
     bool covered() const { return !records_.empty() && has_node(largest_); }
